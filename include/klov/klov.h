@@ -1,0 +1,7 @@
+/* libklov: the whole public interface. */
+#ifndef KLOV_KLOV_H
+#define KLOV_KLOV_H
+
+#include <klov/result.h>
+
+#endif
