@@ -1,0 +1,95 @@
+// The contract that every command encoder keeps: the order of its checks and the append, in this one place.
+//
+// Order: class bit 0 (-3), null buffer (-2), room (-2), parameters (-1), then the bytes. A refusal writes nothing.
+#pragma once
+
+#include <klov/result.h>
+#include <stdint.h>
+#include <string.h>
+
+// Class word: bit 0 says that the printer knows the ESC/POS-type command set.
+constexpr uint32_t class_escpos = 0x1;
+
+// The caller's command buffer as one value: the command goes to buf + *len, and *len grows by its length.
+struct command_buffer {
+    uint8_t *buf;
+    uint32_t cap;
+    uint32_t *len;
+};
+
+constexpr uint8_t low_byte(uint32_t value)
+{
+    return static_cast<uint8_t>(value & 0xFF);
+}
+
+// Bytes of a wider value, least significant first: nL nH is low_byte(n), second_byte(n).
+constexpr uint8_t second_byte(uint32_t value)
+{
+    return low_byte(value >> 8);
+}
+
+constexpr bool in_range(int32_t value, int32_t first, int32_t last)
+{
+    return value >= first && value <= last;
+}
+
+// Many commands take a small number or the character of that digit: 0-2 or 48-50.
+constexpr bool number_or_digit(uint8_t value, int32_t first, int32_t last)
+{
+    return in_range(value, first, last) || in_range(value, first + '0', last + '0');
+}
+
+// The checks before the parameters. The room is unsigned: a *len beyond cap wraps to a huge room and passes; callers
+// have come to rely on it. Commands of a single byte only ask whether the buffer is exactly full.
+inline int32_t admit(uint32_t printer_class, command_buffer out, uint32_t need)
+{
+    if ((printer_class & class_escpos) == 0) {
+        return KLOV_E_MODEL_TYPE;
+    }
+    if (out.buf == nullptr) {
+        return KLOV_E_BUFFER_TOO_SMALL;
+    }
+    const uint32_t room = out.cap - *out.len;
+    const bool fits = need == 1 ? room != 0 : room >= need;
+    return fits ? KLOV_OK : KLOV_E_BUFFER_TOO_SMALL;
+}
+
+// Append fixed bytes; the caller has been admitted.
+template <typename... Byte>
+inline void append(command_buffer out, Byte... byte)
+{
+    const uint8_t bytes[] = {static_cast<uint8_t>(byte)...};
+    memcpy(out.buf + *out.len, bytes, sizeof bytes);
+    *out.len += static_cast<uint32_t>(sizeof bytes);
+}
+
+// Append caller data; the caller has been admitted.
+inline void append_data(command_buffer out, const uint8_t *data, uint32_t size)
+{
+    if (size > 0) {
+        memcpy(out.buf + *out.len, data, size);
+    }
+    *out.len += size;
+}
+
+// A whole command of fixed length: the checks, the verdict on its parameters, the bytes.
+template <typename... Byte>
+inline int32_t emit_if(bool valid, uint32_t printer_class, command_buffer out, Byte... byte)
+{
+    const int32_t refusal = admit(printer_class, out, sizeof...(byte));
+    if (refusal != KLOV_OK) {
+        return refusal;
+    }
+    if (!valid) {
+        return KLOV_E_PARAMETER;
+    }
+    append(out, byte...);
+    return KLOV_OK;
+}
+
+// A command whose parameters take any value.
+template <typename... Byte>
+inline int32_t emit(uint32_t printer_class, command_buffer out, Byte... byte)
+{
+    return emit_if(true, printer_class, out, byte...);
+}
