@@ -17,13 +17,16 @@ struct command_buffer {
     uint32_t *len;
 };
 
-constexpr uint8_t low_byte(uint32_t value)
+// Bytes of a wider value, least significant first: nL nH is low_byte(n), second_byte(n). A negative value gives the
+// bytes of its two's complement.
+template <typename Integer>
+constexpr uint8_t low_byte(Integer value)
 {
     return static_cast<uint8_t>(value & 0xFF);
 }
 
-// Bytes of a wider value, least significant first: nL nH is low_byte(n), second_byte(n).
-constexpr uint8_t second_byte(uint32_t value)
+template <typename Integer>
+constexpr uint8_t second_byte(Integer value)
 {
     return low_byte(value >> 8);
 }
@@ -40,7 +43,7 @@ constexpr bool number_or_digit(uint8_t value, int32_t first, int32_t last)
 }
 
 // The checks before the parameters. The room is unsigned: a *len beyond cap wraps to a huge room and passes; callers
-// have come to rely on it. Commands of a single byte only ask whether the buffer is exactly full.
+// have come to rely on it. So a command of a single byte fails only on a buffer that is exactly full.
 inline int32_t admit(uint32_t printer_class, command_buffer out, uint32_t need)
 {
     if ((printer_class & class_escpos) == 0) {
@@ -50,11 +53,10 @@ inline int32_t admit(uint32_t printer_class, command_buffer out, uint32_t need)
         return KLOV_E_BUFFER_TOO_SMALL;
     }
     const uint32_t room = out.cap - *out.len;
-    const bool fits = need == 1 ? room != 0 : room >= need;
-    return fits ? KLOV_OK : KLOV_E_BUFFER_TOO_SMALL;
+    return room >= need ? KLOV_OK : KLOV_E_BUFFER_TOO_SMALL;
 }
 
-// Append fixed bytes; the caller has been admitted.
+// Append bytes, each the low byte of its argument; the caller has been admitted.
 template <typename... Byte>
 inline void append(command_buffer out, Byte... byte)
 {
