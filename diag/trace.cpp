@@ -1,0 +1,203 @@
+// The trace channel: opening, closing, lines and byte dumps.
+//
+// Every job is traced and every printer byte shows up in the trace, so this is a hot path: lines are gathered in one
+// large buffer and bytes are put into words by a table.
+#include "diag/trace.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+FILE *klov_trace_handle = nullptr;
+
+namespace {
+
+// One print band's dump fits, so that a line is one write.
+constexpr size_t buffer_size = 64 * 1024;
+char stream_buffer[buffer_size];
+
+// What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
+// were its memory given back, the next stream that anybody opens would sit at the same address and look closed.
+FILE *closed_trace = nullptr;
+
+// Closes the stream but keeps the FILE object: opening the empty name always fails, after the old file was closed.
+void close_trace()
+{
+    const int saved_errno = errno;
+    fflush(klov_trace_handle);
+    if (freopen("", "w", klov_trace_handle) == nullptr) {
+        closed_trace = klov_trace_handle;
+    }
+    errno = saved_errno;
+}
+
+void forget_closed_trace()
+{
+    const int saved_errno = errno;
+    if (closed_trace != nullptr) {
+        fclose(closed_trace);
+        closed_trace = nullptr;
+    }
+    errno = saved_errno;
+}
+
+// A job must not hang on its trace: neither the opening waits (for a named pipe's reader, for a modem's carrier) nor,
+// on a named pipe, a write. Everywhere else a write may wait, so that no part of a line is lost.
+int open_target(const char *target)
+{
+    const int fd = open(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    if (fd < 0) {
+        return -1;
+    }
+    struct stat info;
+    if (fstat(fd, &info) == 0 && !S_ISFIFO(info.st_mode)) {
+        fcntl(fd, F_SETFL, 0);
+    }
+    return fd;
+}
+
+FILE *open_trace(const char *target)
+{
+    const int fd = open_target(target);
+    if (fd < 0) {
+        return nullptr;
+    }
+    FILE *stream = fdopen(fd, "wb");
+    if (stream == nullptr) {
+        const int saved_errno = errno;
+        close(fd);
+        errno = saved_errno;
+        return nullptr;
+    }
+    setvbuf(stream, stream_buffer, _IOFBF, buffer_size);
+    return stream;
+}
+
+// One byte in words: "0x0 " to "0xff ". Eight bytes, so that a byte's text is copied with one load and one store.
+struct hex_word {
+    char text[7];
+    uint8_t length;
+};
+
+struct hex_table {
+    hex_word words[256];
+};
+
+constexpr char hex_digits[] = "0123456789abcdef";
+constexpr uint32_t longest_word = 5;
+
+constexpr hex_table make_hex_table()
+{
+    hex_table table = {};
+    for (unsigned value = 0; value < 256; ++value) {
+        hex_word &word = table.words[value];
+        word.text[word.length++] = '0';
+        word.text[word.length++] = 'x';
+        if (value >= 16) {
+            word.text[word.length++] = hex_digits[value >> 4];
+        }
+        word.text[word.length++] = hex_digits[value & 0xF];
+        word.text[word.length++] = ' ';
+    }
+    return table;
+}
+
+constexpr hex_table hex = make_hex_table();
+static_assert(sizeof(hex_word) == 8);
+
+// Puts the bytes' words to out, which has room for the last one's unused tail too; returns the end.
+char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
+{
+    for (uint32_t i = 0; i < size; ++i) {
+        const hex_word &word = hex.words[bytes[i]];
+        memcpy(out, &word, sizeof word);
+        out += word.length;
+    }
+    return out;
+}
+
+}  // namespace
+
+bool trace_is_open()
+{
+    return klov_trace_handle != nullptr && klov_trace_handle != closed_trace;
+}
+
+int32_t klov_trace_init(const char *target)
+{
+    klov_trace_exit();
+    klov_trace_handle = nullptr;
+    forget_closed_trace();
+    klov_trace_handle = strcmp(target, "stdout") == 0 ? stdout : open_trace(target);
+    return errno;
+}
+
+void klov_trace_exit(void)
+{
+    if (trace_is_open() && klov_trace_handle != stdout) {
+        close_trace();
+    }
+}
+
+void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
+{
+    if (stream == nullptr || stream == closed_trace) {
+        return;
+    }
+    fprintf(stream, "[DUMP(%d):", count);
+    for (int32_t i = 0; i < count; ++i) {
+        const char word[] = {'0', 'x', hex_digits[bytes[i] >> 4], hex_digits[bytes[i] & 0xF], ' '};
+        fwrite(word, 1, sizeof word, stream);
+    }
+    fputs("].\r\n", stream);
+    trace_flush();
+}
+
+void trace_text(const char *format, ...)
+{
+    if (!trace_is_open()) {
+        return;
+    }
+    va_list args;
+    va_start(args, format);
+    vfprintf(klov_trace_handle, format, args);
+    va_end(args);
+}
+
+void trace_line(const char *format, ...)
+{
+    if (!trace_is_open()) {
+        return;
+    }
+    va_list args;
+    va_start(args, format);
+    vfprintf(klov_trace_handle, format, args);
+    va_end(args);
+    trace_flush();
+}
+
+void trace_hex(const uint8_t *bytes, uint32_t size)
+{
+    if (!trace_is_open()) {
+        return;
+    }
+    constexpr uint32_t chunk = 1024;
+    char text[chunk * longest_word + sizeof(hex_word)];
+    while (size > 0) {
+        const uint32_t count = size < chunk ? size : chunk;
+        const char *end = put_hex_words(text, bytes, count);
+        fwrite_unlocked(text, 1, static_cast<size_t>(end - text), klov_trace_handle);
+        bytes += count;
+        size -= count;
+    }
+}
+
+void trace_flush()
+{
+    if (trace_is_open()) {
+        fflush(klov_trace_handle);
+    }
+}

@@ -1,0 +1,22 @@
+// Writing to the trace from inside the program. All of it does nothing while no trace is open.
+//
+// What is written is gathered in the stream's buffer; a flush hands it to the system in one write. A line is to be
+// flushed before the step that it announces, so that the trace still tells the truth when the process dies.
+#pragma once
+
+#include <klov/trace.h>
+#include <stdint.h>
+
+// Whether there is a trace to write to. A trace that klov_trace_exit() has closed is none, though the handle stays.
+bool trace_is_open();
+
+// Append a piece of a line, printf style, without a flush.
+__attribute__((format(printf, 1, 2))) void trace_text(const char *format, ...);
+
+// Append the end of a line, or a whole line with its own line end, and flush.
+__attribute__((format(printf, 1, 2))) void trace_line(const char *format, ...);
+
+// Append "0x1b " for every byte: lower case, no leading zeros, a blank after each. No flush.
+void trace_hex(const uint8_t *bytes, uint32_t size);
+
+void trace_flush();
