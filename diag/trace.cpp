@@ -16,7 +16,7 @@ FILE *klov_trace_handle = nullptr;
 namespace {
 
 // One print band's dump fits, so that a line is one write.
-constexpr size_t buffer_size = 64 * 1024;
+constexpr size_t buffer_size = 65536;
 char stream_buffer[buffer_size];
 
 // What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
@@ -87,7 +87,7 @@ struct hex_table {
 };
 
 constexpr char hex_digits[] = "0123456789abcdef";
-constexpr uint32_t longest_word = 5;
+constexpr size_t longest_word = 5;
 
 constexpr hex_table make_hex_table()
 {
@@ -108,7 +108,7 @@ constexpr hex_table make_hex_table()
 constexpr hex_table hex = make_hex_table();
 static_assert(sizeof(hex_word) == 8);
 
-// Puts the bytes' words to out, which has room for the last one's unused tail too; returns the end.
+// Puts the bytes' words to out, which has room for the last one's unused tail too. Returns the end.
 char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
 {
     for (uint32_t i = 0; i < size; ++i) {
