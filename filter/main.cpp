@@ -1,0 +1,159 @@
+// rastertoklov: CUPS raster to the byte commands of receipt and label printers.
+#include "diag/messages.h"
+#include "diag/trace.h"
+#include "filter/cancel.h"
+#include "filter/device.h"
+#include "filter/document.h"
+#include "filter/page.h"
+#include "filter/raster_input.h"
+#include "printops/blank.h"
+#include "printops/output.h"
+
+#include <alloca.h>
+#include <fcntl.h>
+#include <klov/trace.h>
+#include <klov/version.h>
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr char trace_path[] = "/tmp/klov-raster";
+
+// While this file exists the filter waits at its start, so that a debugger can be attached to it.
+#ifndef KLOV_HOLD_FILE
+#define KLOV_HOLD_FILE "/home/klov/rastertoklov.hold"
+#endif
+
+// Both streams get their buffer here: a band leaves with one write.
+char output_buffer[65536];
+raster_input input;
+
+void open_diagnostics()
+{
+    klov_trace_init(trace_path);
+    while (access(KLOV_HOLD_FILE, F_OK) == 0) {
+    }
+    setbuf(stderr, nullptr);
+    msg(level_info, "rastertoklov filter started");
+    log_line("DEBUG: rastertoklov compiled with KLOV library version %d.%d.%d\n", KLOV_VERSION_MAJOR,
+             KLOV_VERSION_MINOR, KLOV_VERSION_PATCH);
+}
+
+// A vanished backend must show as a failed write and not kill the filter without a word.
+void prepare_output()
+{
+    signal(SIGPIPE, SIG_IGN);
+    setvbuf(stdout, output_buffer, _IOFBF, sizeof output_buffer);
+}
+
+int open_input(int argc, char **argv)
+{
+    if (argc != 7) {
+        return STDIN_FILENO;
+    }
+    const int descriptor = open(argv[6], O_RDONLY | O_CLOEXEC);
+    if (descriptor == -1) {
+        error("Unable to open raster file");
+    }
+    return descriptor;
+}
+
+// A job whose bytes were lost must never count as printed.
+void flush_and_check_output()
+{
+    flush_output();
+    if (ferror(stdout) != 0) {
+        error("Unable to write printer data");
+    }
+}
+
+bool read_header(cups_raster_t *stream, cups_page_header_t *header)
+{
+    admit_cancellation();
+    const unsigned read = cupsRasterReadHeader(stream, header);
+    defer_cancellation();
+    return read != 0;
+}
+
+void print_pages(printer_dev *device, cups_raster_t *stream)
+{
+    cups_page_header_t header;
+    int32_t page = 0;
+    while (read_header(stream, &header) && cancel_flag == 0) {
+        page += 1;
+        hold_messages();
+        page_message(page, header.NumCopies);
+        dump_header(header);
+        release_messages();
+        process_page(device, &header, stream);
+        flush_and_check_output();
+    }
+}
+
+void end_document(printer_dev *device)
+{
+    const int32_t withheld = device->state->lastStripBlanksHeight;
+    const bool pagemode = device->devOptions->pagemode;
+    trace_line("\tbefore end_doc,lastStripBlanksHeight:%d,pagemode:%s.\n", withheld, pagemode ? "YES" : "NO");
+    if (withheld != 0 && pagemode) {
+        trace_line("print lastStripBlanksHeight:%d.\n", withheld);
+        print_blank(device, withheld);
+    }
+    trace_line("end_docing.\n");
+    end_doc(device);
+}
+
+void print_document(printer_dev *device, cups_raster_t *stream)
+{
+    flush_output();
+    start_doc(device);
+    trace_line("\tstart_doc.\n");
+    print_pages(device, stream);
+    if (cancel_flag == 0) {
+        end_document(device);
+    } else {
+        msg(level_debug, "Print job was cancelled");
+    }
+    trace_line("Closing.\n");
+    flush_and_check_output();
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    open_diagnostics();
+    if (argc < 6 || argc > 7) {
+        error("ERROR: rastertoklov job-id user title copies options [file]\n");
+    }
+    prepare_output();
+
+    const size_t options_size = strlen(argv[5]) + 1;
+    char *options = static_cast<char *>(memcpy(alloca(options_size), argv[5], options_size));
+    printer_dev *device = nullptr;
+    const int32_t status = klov_printer_dev_creator(options, &device);
+    if (status != 0) {
+        msgerrno2(level_fatal, status, "ERROR: failed init printer device object.");
+    }
+    dump_args(argc, argv);
+
+    input.descriptor = open_input(argc, argv);
+    catch_cancellation();
+    cups_raster_t *stream = cupsRasterOpenIO(read_raster, &input, CUPS_RASTER_READ);
+    if (stream == nullptr) {
+        error("cupsRasterOpen failed");
+    }
+    print_document(device, stream);
+
+    cupsRasterClose(stream);
+    klov_printer_dev_destroy(device);
+    release_cancellation();
+    if (input.descriptor != STDIN_FILENO) {
+        close(input.descriptor);
+    }
+    msg(level_debug, "rastertoklov filter finished");
+    klov_trace_exit();
+    return 0;
+}

@@ -1,0 +1,159 @@
+// Page processing: rows are read in strips and classified; runs of inked rows are printed, runs of blank rows fed.
+#include "filter/page.h"
+
+#include "diag/messages.h"
+#include "diag/trace.h"
+#include "filter/document.h"
+#include "printops/band.h"
+#include "printops/blank.h"
+#include "printops/rows.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+
+namespace {
+
+// Where a page's rows come from: the stream, or memory when there are copies to make.
+struct row_source {
+    cups_raster_t *stream;
+    const uint8_t *page;  // null: read from the stream
+    size_t position;      // in page
+};
+
+// The rows of one strip.
+struct strip {
+    const uint8_t *rows;
+    uint32_t width;
+    int32_t count;
+};
+
+// Rows of this width that the strip buffer holds.
+uint32_t rows_in_strip(const printer_dev &dev, uint32_t width)
+{
+    const uint32_t rows = width > 0 ? dev.render_data_size / width : 0;
+    return rows < INT32_MAX ? rows : INT32_MAX;
+}
+
+void fill_strip(printer_dev *dev, row_source &source, uint32_t size)
+{
+    if (source.page != nullptr) {
+        memcpy(dev->render_data, source.page + source.position, size);
+        source.position += size;
+        return;
+    }
+    if (cupsRasterReadPixels(source.stream, dev->render_data, size) != size) {
+        error("cupsRasterReadPixels did not read enough data");
+    }
+}
+
+void feed_run(printer_dev *dev, int32_t &blank_run)
+{
+    if (blank_run > 0) {
+        print_blank(dev, blank_run);
+    }
+    blank_run = 0;
+}
+
+void print_run(printer_dev *dev, const strip &rows, int32_t end, int32_t &ink_run)
+{
+    const size_t first = static_cast<size_t>(end - ink_run);
+    print_dotline(dev, rows.rows + first * rows.width, rows.width, ink_run);
+    ink_run = 0;
+}
+
+// Print a strip. An inked run ends with the strip at the latest; a blank run is carried into the next strip unless
+// bottom blanks are to be fed. Every strip starts as if a blank row stood above it, so ink at its top flushes the
+// carried run.
+void print_strip(printer_dev *dev, const strip &rows, int32_t &blank_run)
+{
+    int32_t ink_run = 0;
+    for (int32_t row = 0; row < rows.count; ++row) {
+        if (row_is_blank(rows.rows + static_cast<size_t>(row) * rows.width, rows.width)) {
+            if (ink_run > 0) {
+                print_run(dev, rows, row, ink_run);
+            }
+            blank_run += blank_run < INT32_MAX ? 1 : 0;
+            continue;
+        }
+        feed_run(dev, blank_run);
+        ink_run += 1;
+    }
+    if (ink_run > 0) {
+        print_run(dev, rows, rows.count, ink_run);
+    } else if (dev->devOptions->papersavebottom == 0) {
+        feed_run(dev, blank_run);
+    }
+}
+
+// Print one copy; returns the blank rows left at its bottom.
+int32_t print_copy(printer_dev *dev, const cups_page_header_t &header, row_source &source, uint32_t strip_rows_max)
+{
+    const uint32_t width = header.cupsBytesPerLine;
+    int32_t blank_run = 0;
+    source.position = 0;
+    start_page(dev);
+    for (uint32_t rows_done = 0; rows_done < header.cupsHeight;) {
+        const uint32_t left = header.cupsHeight - rows_done;
+        const uint32_t count = left < strip_rows_max ? left : strip_rows_max;
+        fill_strip(dev, source, count * width);
+        print_strip(dev, {dev->render_data, width, static_cast<int32_t>(count)}, blank_run);
+        rows_done += count;
+    }
+    end_page(dev);
+    return blank_run;
+}
+
+// The whole page in memory, blank where the stream ended early. Null when it does not fit.
+uint8_t *read_page(const cups_page_header_t &header, cups_raster_t *stream)
+{
+    const uint64_t size = static_cast<uint64_t>(header.cupsHeight) * header.cupsBytesPerLine;
+    if (size > SIZE_MAX) {
+        return nullptr;
+    }
+    uint8_t *page = static_cast<uint8_t *>(calloc(1, static_cast<size_t>(size)));
+    if (page == nullptr) {
+        return nullptr;
+    }
+    const unsigned request = size > UINT32_MAX ? UINT32_MAX : static_cast<unsigned>(size);
+    const unsigned received = cupsRasterReadPixels(stream, page, request);
+    trace_line("dataSize (%d) dHeight (%d) wBytes (%d).\n", static_cast<int>(received),
+               static_cast<int>(header.cupsHeight), static_cast<int>(header.cupsBytesPerLine));
+    return page;
+}
+
+void report_end(const printer_dev *dev)
+{
+    char text[255];
+    snprintf(text, sizeof text, "\tlastStripBlanksHeight:%d.", dev->state->lastStripBlanksHeight);
+    msg(level_debug, text);
+    trace_line("-process_page finished(%d).\n", 0);
+}
+
+}  // namespace
+
+void process_page(printer_dev *dev, const cups_page_header_t *header, cups_raster_t *stream)
+{
+    msg(level_debug, "process_page start.\n");
+    const bool printable = header->NumCopies > 0 && header->cupsHeight > 0;
+    const uint32_t strip_rows_max = rows_in_strip(*dev, header->cupsBytesPerLine);
+    if (printable && strip_rows_max == 0) {
+        error("Raster line does not fit the strip buffer");
+    }
+
+    row_source source = {stream, nullptr, 0};
+    uint8_t *page = nullptr;
+    if (header->NumCopies > 1) {
+        page = read_page(*header, stream);
+        if (page == nullptr) {
+            return;
+        }
+        source.page = page;
+    }
+    int32_t bottom_blanks = dev->state->lastStripBlanksHeight;
+    for (uint32_t copies_left = header->NumCopies; copies_left > 0; --copies_left) {
+        bottom_blanks = print_copy(dev, *header, source, strip_rows_max);
+    }
+    dev->state->lastStripBlanksHeight = bottom_blanks;
+    free(page);
+    report_end(dev);
+}

@@ -1,0 +1,10 @@
+// One page of the raster stream on its way to the printer.
+#pragma once
+
+#include "filter/device.h"
+
+#include <cups/raster.h>
+
+// Print the page behind the header just read, with all its copies. A broken stream ends the process; a page that
+// cannot be held in memory for its copies is skipped.
+void process_page(printer_dev *dev, const cups_page_header_t *header, cups_raster_t *stream);
