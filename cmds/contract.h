@@ -42,6 +42,12 @@ constexpr bool number_or_digit(uint8_t value, int32_t first, int32_t last)
     return in_range(value, first, last) || in_range(value, first + '0', last + '0');
 }
 
+// Images kept in the printer are named by a key code of two printable characters.
+constexpr bool is_key_code(int32_t kc1, int32_t kc2)
+{
+    return in_range(low_byte(kc1), 32, 126) && in_range(low_byte(kc2), 32, 126);
+}
+
 // The checks before the parameters. The room is unsigned: a *len beyond cap wraps to a huge room and passes; callers
 // have come to rely on it. So a command of a single byte fails only on a buffer that is exactly full.
 inline int32_t admit(uint32_t printer_class, command_buffer out, uint32_t need)

@@ -109,6 +109,6 @@ int32_t klov_cmd_select_justification(uint32_t printer_class, int32_t n, uint8_t
 int32_t klov_cmd_print_the_specified_NV_graphics_data_gmode(uint32_t printer_class, int32_t kc1, int32_t kc2, int32_t x,
                                                             int32_t y, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
-    const bool valid = in_range(low_byte(kc1), 32, 126) && in_range(low_byte(kc2), 32, 126);
-    return emit_if(valid, printer_class, {buf, cap, len}, 0x1D, 0x28, 0x4C, 0x06, 0x00, 0x30, 0x45, kc1, kc2, x, y);
+    return emit_if(is_key_code(kc1, kc2), printer_class, {buf, cap, len}, 0x1D, 0x28, 0x4C, 0x06, 0x00, 0x30, 0x45, kc1,
+                   kc2, x, y);
 }
