@@ -110,7 +110,7 @@ uint8_t *read_page(const cups_page_header_t &header, cups_raster_t *stream)
     if (size > SIZE_MAX) {
         return nullptr;
     }
-    uint8_t *page = static_cast<uint8_t *>(calloc(1, static_cast<size_t>(size)));
+    uint8_t *page = static_cast<uint8_t *>(calloc(size > 0 ? static_cast<size_t>(size) : 1, 1));
     if (page == nullptr) {
         return nullptr;
     }
