@@ -1,0 +1,47 @@
+"""Random jobs against the model, byte for byte on every channel.
+
+KLOV_RANDOM_JOBS says how many, KLOV_RANDOM_SEED where the numbers begin; job n of seed s is the same everywhere.
+KLOV_RANDOM_ONLY runs the one job of that number.
+"""
+
+import os
+import sys
+import unittest
+
+import generator
+import harness
+from outcome import differences
+
+JOBS = int(os.environ.get("KLOV_RANDOM_JOBS", "300"))
+SEED = os.environ.get("KLOV_RANDOM_SEED", "1")
+ONLY = os.environ.get("KLOV_RANDOM_ONLY")
+MOST_REPORTED = 5
+
+
+class RandomJobs(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        harness.prepare()
+
+    def test_every_job_leaves_what_the_model_says(self):
+        numbers = range(JOBS) if ONLY is None else [int(ONLY)]
+        print("random jobs: seed %s, %d jobs" % (SEED, len(numbers)), file=sys.stderr)
+        failures = []
+        printed = 0
+        ppd_path = harness.path("test.ppd").encode()
+        for number in numbers:
+            job, expected, note = generator.make("%s:%d" % (SEED, number), ppd_path)
+            actual = harness.run(job)
+            printed += len(expected.stdout) > 0
+            found = differences(expected.masked(), actual)
+            if found:
+                failures.append("seed %s job %d: %s\n%s" % (SEED, number, note, found))
+                if len(failures) == MOST_REPORTED:
+                    break
+        self.assertEqual(failures, [], "\n\n" + "\n\n".join(failures))
+        if ONLY is None and JOBS >= 100:
+            self.assertGreater(printed, JOBS // 2, "most jobs must print, or the test says little")
+
+
+if __name__ == "__main__":
+    unittest.main()
