@@ -1,0 +1,71 @@
+#include "tests/diag/trace_file.h"
+
+#include <klov/trace.h>
+#include <limits.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+void TraceTest::SetUp()
+{
+    std::string pattern = testing::TempDir() + "trace_XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = fs::canonical(pattern);
+}
+
+void TraceTest::TearDown()
+{
+    klov_trace_exit();
+    klov_trace_handle = nullptr;
+    fs::remove_all(folder_);
+}
+
+std::string TraceTest::path(const std::string &name) const
+{
+    return folder_ + "/" + name;
+}
+
+std::string file_contents(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << path;
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+int open_descriptors_on(const std::string &path)
+{
+    int count = 0;
+    for (const fs::directory_entry &entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code failure;
+        count += fs::read_symlink(entry.path(), failure) == path ? 1 : 0;
+    }
+    return count;
+}
+
+int open_descriptors()
+{
+    int count = 0;
+    for ([[maybe_unused]] const fs::directory_entry &entry : fs::directory_iterator("/proc/self/fd")) {
+        ++count;
+    }
+    return count;
+}
+
+long write_calls()
+{
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    long value = 0;
+    while (counters >> name >> value) {
+        if (name == "syscw:") {
+            return value;
+        }
+    }
+    return -1;
+}

@@ -1,0 +1,29 @@
+// A private folder for trace targets, and what a test wants to know about the files in it and about this process.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdio.h>
+
+#include <string>
+
+class TraceTest : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // The path of a name in the folder.
+    std::string path(const std::string &name) const;
+
+private:
+    std::string folder_;
+};
+
+std::string file_contents(const std::string &path);
+
+// How many descriptors this process has open on the file.
+int open_descriptors_on(const std::string &path);
+
+int open_descriptors();
+
+// Write system calls of this process so far, or -1 where the system does not count them.
+long write_calls();

@@ -1,0 +1,325 @@
+// Opening, writing and closing the trace.
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "diag/trace.h"
+#include "tests/diag/trace_file.h"
+
+namespace {
+
+class Trace : public TraceTest {
+protected:
+    int32_t open_trace(const std::string &name)
+    {
+        errno = 0;
+        return klov_trace_init(path(name).c_str());
+    }
+
+    // What a dump to a stream of the caller's own reads like.
+    std::string dumped(const std::vector<uint8_t> &bytes)
+    {
+        FILE *stream = fopen(path("dump").c_str(), "wb");
+        klov_trace_dump(stream, bytes.data(), static_cast<int32_t>(bytes.size()));
+        fclose(stream);
+        return file_contents(path("dump"));
+    }
+};
+
+}  // namespace
+
+TEST_F(Trace, HoldsItsLinesToTheByte)
+{
+    EXPECT_EQ(open_trace("job"), 0);
+    trace_line("+print_cut_page(printer_class:%d) start.\n", 3);
+    trace_text("\tText:%s.\n\tHex:", "ab");
+    trace_hex(reinterpret_cast<const uint8_t *>("ab"), 2);
+    trace_line("\n");
+    trace_line("-cancel_handler finished.");
+    klov_trace_exit();
+    EXPECT_EQ(file_contents(path("job")),
+              "+print_cut_page(printer_class:3) start.\n\tText:ab.\n\tHex:0x61 0x62 \n-cancel_handler finished.");
+}
+
+TEST_F(Trace, ALineIsInTheFileWhenItsCallReturns)
+{
+    open_trace("job");
+    std::string written;
+    for (int i = 0; i < 100; ++i) {
+        trace_line("line %d\n", i);
+        written += "line " + std::to_string(i) + "\n";
+        ASSERT_EQ(file_contents(path("job")), written);
+    }
+}
+
+TEST_F(Trace, ALineIsOneWrite)
+{
+    if (write_calls() < 0) {
+        GTEST_SKIP() << "this system does not count write calls";
+    }
+    open_trace("job");
+    const long before = write_calls();
+    trace_line("one %s\n", "line");
+    EXPECT_EQ(write_calls() - before, 1);
+    trace_text("\ttwo ");
+    trace_text("%d", 2);
+    trace_text(".\n");
+    EXPECT_EQ(write_calls() - before, 1);
+    trace_flush();
+    EXPECT_EQ(write_calls() - before, 2);
+    trace_flush();
+    EXPECT_EQ(write_calls() - before, 2);
+}
+
+TEST_F(Trace, EveryJobOverwritesThePreviousJobsTrace)
+{
+    open_trace("job");
+    trace_line("a long line of the first job\n");
+    klov_trace_exit();
+    open_trace("job");
+    trace_line("short\n");
+    EXPECT_EQ(file_contents(path("job")), "short\n");
+}
+
+TEST_F(Trace, ReopeningClosesTheFirstFileBeforeOpeningTheSecond)
+{
+    open_trace("first");
+    trace_text("unfinished");
+    open_trace("second");
+    EXPECT_EQ(open_descriptors_on(path("first")), 0);
+    EXPECT_EQ(open_descriptors_on(path("second")), 1);
+    trace_line("next\n");
+    EXPECT_EQ(file_contents(path("first")), "unfinished");
+    EXPECT_EQ(file_contents(path("second")), "next\n");
+}
+
+TEST_F(Trace, ReopeningTheSameFileWritesWhatWasPendingBeforeItTruncates)
+{
+    open_trace("job");
+    trace_text("unfinished");
+    open_trace("job");
+    trace_line("new\n");
+    EXPECT_EQ(file_contents(path("job")), "new\n");
+}
+
+TEST_F(Trace, StdoutTwiceDoesNotCloseStandardOutput)
+{
+    testing::internal::CaptureStdout();
+    klov_trace_init("stdout");
+    klov_trace_init("stdout");
+    EXPECT_EQ(klov_trace_handle, stdout);
+    trace_line("to standard output\n");
+    klov_trace_exit();
+    klov_trace_exit();
+    EXPECT_GE(fcntl(STDOUT_FILENO, F_GETFD), 0);
+    EXPECT_GT(printf("still there\n"), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "to standard output\nstill there\n");
+}
+
+TEST_F(Trace, LeavingStdoutForAFileDoesNotCloseStandardOutput)
+{
+    klov_trace_init("stdout");
+    open_trace("job");
+    EXPECT_GE(fcntl(STDOUT_FILENO, F_GETFD), 0);
+    EXPECT_NE(klov_trace_handle, stdout);
+}
+
+TEST_F(Trace, OnlyTheExactNameIsStandardOutput)
+{
+    for (const char *name : {"/stdout", "/STDOUT", "/stdout "}) {
+        open_trace(name + 1);
+        EXPECT_NE(klov_trace_handle, stdout);
+    }
+}
+
+TEST_F(Trace, ClosingTwiceClosesTheStreamOnce)
+{
+    open_trace("job");
+    const int descriptor = fileno(klov_trace_handle);
+    trace_text("unfinished");
+    klov_trace_exit();
+    EXPECT_EQ(file_contents(path("job")), "unfinished");
+    EXPECT_EQ(open_descriptors_on(path("job")), 0);
+    // Something else now gets the same descriptor; a second closing would take it away.
+    const int other = open("/dev/null", O_RDONLY);
+    ASSERT_EQ(other, descriptor);
+    klov_trace_exit();
+    EXPECT_GE(fcntl(other, F_GETFD), 0);
+    open_trace("second");
+    EXPECT_GE(fcntl(other, F_GETFD), 0);
+    close(other);
+}
+
+TEST_F(Trace, ClosingWithoutATraceDoesNothing)
+{
+    klov_trace_exit();
+    EXPECT_EQ(klov_trace_handle, nullptr);
+}
+
+TEST_F(Trace, AClosedTraceKeepsItsHandleButTakesNothingMore)
+{
+    open_trace("job");
+    FILE *handle = klov_trace_handle;
+    EXPECT_TRUE(trace_is_open());
+    klov_trace_exit();
+    EXPECT_EQ(klov_trace_handle, handle);
+    EXPECT_FALSE(trace_is_open());
+    const uint8_t byte = 0x1B;
+    trace_line("lost\n");
+    trace_text("lost");
+    trace_hex(&byte, 1);
+    trace_flush();
+    klov_trace_dump(klov_trace_handle, &byte, 1);
+    EXPECT_EQ(file_contents(path("job")), "");
+}
+
+// The C library reuses a closed stream's memory; the caller's own stream must not be taken for the closed trace.
+TEST_F(Trace, AStreamOpenedAfterTheClosingIsDumpedTo)
+{
+    open_trace("job");
+    klov_trace_exit();
+    EXPECT_EQ(dumped({0x41}), "[DUMP(1):0x41 ].\r\n");
+    klov_trace_exit();
+    EXPECT_EQ(dumped({0x42}), "[DUMP(1):0x42 ].\r\n");
+}
+
+TEST_F(Trace, OpeningAndClosingManyTimesLeavesNoDescriptorBehind)
+{
+    const int before = open_descriptors();
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(open_trace("job"), 0);
+        ASSERT_TRUE(trace_is_open());
+        trace_line("job %d\n", i);
+        ASSERT_EQ(file_contents(path("job")), "job " + std::to_string(i) + "\n");
+        klov_trace_exit();
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(Trace, ATargetThatCannotBeOpenedLeavesNoTrace)
+{
+    EXPECT_EQ(open_trace("missing/job"), ENOENT);
+    EXPECT_EQ(klov_trace_handle, nullptr);
+    EXPECT_EQ(open_trace(""), EISDIR);
+    EXPECT_EQ(klov_trace_handle, nullptr);
+    trace_line("skipped\n");
+    klov_trace_exit();
+    EXPECT_FALSE(trace_is_open());
+}
+
+TEST_F(Trace, AFailedReopeningHasClosedTheOldTrace)
+{
+    open_trace("job");
+    trace_text("unfinished");
+    EXPECT_EQ(open_trace("missing/job"), ENOENT);
+    EXPECT_EQ(klov_trace_handle, nullptr);
+    EXPECT_EQ(open_descriptors_on(path("job")), 0);
+    EXPECT_EQ(file_contents(path("job")), "unfinished");
+}
+
+TEST_F(Trace, OpeningReturnsErrnoAsItStands)
+{
+    errno = EDOM;
+    EXPECT_EQ(klov_trace_init(path("job").c_str()), EDOM);
+    EXPECT_NE(klov_trace_handle, nullptr);
+    EXPECT_EQ(klov_trace_init(path("job").c_str()), EDOM);
+    EXPECT_EQ(klov_trace_init("stdout"), EDOM);
+    EXPECT_EQ(errno, EDOM);
+}
+
+TEST_F(Trace, ClosingLeavesErrnoAlone)
+{
+    EXPECT_EQ(open_trace("job"), 0);
+    klov_trace_exit();
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(klov_trace_init(path("job").c_str()), 0);
+}
+
+TEST_F(Trace, ProgramsThatAreStartedDoNotInheritTheTrace)
+{
+    open_trace("job");
+    EXPECT_EQ(fcntl(fileno(klov_trace_handle), F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(Trace, WritesToAFileWait)
+{
+    open_trace("job");
+    const int flags = fcntl(fileno(klov_trace_handle), F_GETFL);
+    EXPECT_EQ(flags & O_NONBLOCK, 0);
+    EXPECT_EQ(flags & O_ACCMODE, O_WRONLY);
+}
+
+TEST_F(Trace, TheUmaskAloneLimitsWhoReadsTheFile)
+{
+    const mode_t old_mask = umask(0027);
+    open_trace("job");
+    umask(old_mask);
+    struct stat info;
+    ASSERT_EQ(stat(path("job").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0640U);
+}
+
+TEST_F(Trace, ADumpOfTwoBytesReadsAsInTheManual)
+{
+    EXPECT_EQ(dumped({0x1B, 0x40}), "[DUMP(2):0x1b 0x40 ].\r\n");
+}
+
+TEST_F(Trace, ADumpOfNoBytesHasOnlyItsFrame)
+{
+    EXPECT_EQ(dumped({}), "[DUMP(0):].\r\n");
+}
+
+TEST_F(Trace, ADumpWithANegativeCountHasOnlyItsFrame)
+{
+    open_trace("job");
+    klov_trace_dump(klov_trace_handle, nullptr, -1);
+    EXPECT_EQ(file_contents(path("job")), "[DUMP(-1):].\r\n");
+}
+
+TEST_F(Trace, ADumpShowsEveryByteWithTwoDigits)
+{
+    std::vector<uint8_t> bytes;
+    std::string expected = "[DUMP(256):";
+    char word[8];
+    for (unsigned value = 0; value < 256; ++value) {
+        bytes.push_back(static_cast<uint8_t>(value));
+        snprintf(word, sizeof word, "0x%02x ", value);
+        expected += word;
+    }
+    EXPECT_EQ(dumped(bytes), expected + "].\r\n");
+}
+
+TEST_F(Trace, ADumpToNoStreamDoesNothing)
+{
+    const uint8_t byte = 0x1B;
+    klov_trace_dump(nullptr, &byte, 1);
+    open_trace("job");
+    klov_trace_dump(nullptr, &byte, 1);
+    EXPECT_EQ(file_contents(path("job")), "");
+}
+
+TEST_F(Trace, ADumpFlushesTheTraceAndNotTheStreamItWritesTo)
+{
+    open_trace("job");
+    trace_text("pending");
+    FILE *stream = fopen(path("dump").c_str(), "wb");
+    const uint8_t byte = 0x1B;
+    klov_trace_dump(stream, &byte, 1);
+    EXPECT_EQ(file_contents(path("job")), "pending");
+    EXPECT_EQ(file_contents(path("dump")), "");
+    fclose(stream);
+    EXPECT_EQ(file_contents(path("dump")), "[DUMP(1):0x1b ].\r\n");
+}
+
+TEST_F(Trace, ADumpToTheTraceIsFlushed)
+{
+    open_trace("job");
+    const uint8_t bytes[] = {0x1B, 0x40};
+    klov_trace_dump(klov_trace_handle, bytes, 2);
+    EXPECT_EQ(file_contents(path("job")), "[DUMP(2):0x1b 0x40 ].\r\n");
+}
