@@ -5,10 +5,10 @@
 #include <stdlib.h>
 #include <string.h>
 
-// Without a size here, so that a row too few in the data file does not compile.
-const model_brief model_brief_table[] = {
+constexpr model_brief model_brief_table[] = {
 #include "model_table.inc"
 };
+static_assert(model_brief_table[MODEL_BRIEF_ROWS - 1].id == 0xFFFFFFFF, "models.txt has a row too few or too many");
 
 const model_brief *klov_printer_model_brief_find_by_id(uint32_t id)
 {
