@@ -9,6 +9,7 @@ import struct
 import raster
 
 _WHITE_IS_FF = {0, 1, 17, 18, 19, 20}
+_KNOWN_SPACES = set(range(21)) | set(range(32, 47)) | set(range(48, 63))
 _KINDS = {raster.SYNC[1]: 1, raster.SYNC[2]: 2, raster.SYNC[3]: 3}
 
 
@@ -50,9 +51,12 @@ class Stream:
         self.remaining = fields["cupsHeight"]
         self.repeats = 0
         width = fields["cupsBytesPerLine"]
+        colors = 0 if self.version == 1 else struct.unpack_from(self.order + "I", piece, raster.HEADER1_SIZE)[0]
+        if colors == 0 and fields["cupsColorSpace"] not in _KNOWN_SPACES:
+            return None  # how many colours there are cannot be told
         if not 1 <= fields["cupsBitsPerColor"] <= 16 or not 1 <= fields["cupsBitsPerPixel"] <= 240:
             return None
-        if width == 0 or fields["cupsHeight"] == 0 or width % self.pixel:
+        if not 1 <= width < 1 << 31 or fields["cupsHeight"] == 0 or width % self.pixel:
             return None
         return fields
 

@@ -6,7 +6,7 @@ import catalogue
 import model
 import model_options
 import raster
-from model_channels import Channels, Fatal, TooLarge
+from model_channels import Channels, Fatal, Unsuited
 from numbers_c import dots
 from ppd import Option, Ppd, Size
 
@@ -33,9 +33,9 @@ def _value(rng, keyword):
     if keyword == "LogoIndex":
         return rng.choice(SMALL + ODD + ("48", "79", "80", "209", "-14", "-15"))
     if keyword == "CutMode":
-        return rng.choice(SMALL + ODD + ("1", "2", "65", "66", "67", "68", "257"))
+        return rng.choice(SMALL + ODD + ("1", "2") * 12 + ("65", "66", "67", "68", "257"))
     if keyword == "LogoAlign":
-        return rng.choice(SMALL + ODD + ("1", "2", "3", "48", "49", "50", "51", "52", "257"))
+        return rng.choice(SMALL + ODD + ("1", "2", "3") * 6 + ("48", "49", "50", "51", "52", "257"))
     if keyword in ("PostPrintAction", "PaperType", "Drawer1", "Drawer2", "PrintLogo", "BeepControl",
                    "ExternalBeepControl", "PaperSaveMode", "PaperSaveBottom", "BitmapCompression"):
         return rng.choice(("0", "1", "2", "3") * 3 + SMALL + ODD)
@@ -145,10 +145,12 @@ def _page(rng, options):
 
 
 def _damaged(rng, data):
-    kind = rng.randrange(3)
-    if kind == 0:
-        return data[:rng.randrange(len(data) + 1)]
+    kind = rng.randrange(4)
+    if kind == 0:  # likely within the rows
+        return data[:int(len(data) * rng.uniform(0.6, 1))]
     if kind == 1:
+        return data[:rng.randrange(len(data) + 1)]
+    if kind == 2:
         return data + rng.randbytes(rng.choice((1, 100, 420, 2000)))
     at = 4 + 4 * rng.randrange(min(450, max(1, (len(data) - 4) // 4)))
     forged = rng.choice((0, 1, 2, 3, 7, 73, 300, 2000))
@@ -162,11 +164,11 @@ def _quick(job):
     except Fatal:
         return None
     if model_options.strip_buffer_size(options) > (1 << 24):
-        raise TooLarge()
+        raise Unsuited()
     if max(dots(options.cutdistance, options.dot_unit), dots(options.feeddistance, options.dot_unit)) > 20000:
-        raise TooLarge()
+        raise Unsuited()
     if options.externalbeeptimes > 1000:
-        raise TooLarge()
+        raise Unsuited()
     return options
 
 
@@ -183,10 +185,12 @@ def _draw(rng, ppd_path):
         job.arguments = 7
         job.file_opens = rng.random() < 0.97
     options = _quick(job)
+    if options and model_options.strip_buffer_size(options) == 0 and rng.random() < 0.8:
+        raise Unsuited()  # a page that does not fit ends the job at once; a few of them are enough
     version, order = rng.choice((1, 2, 2, 3, 3)), rng.choice(raster.ORDERS)
     pages = [_page(rng, options) for _ in range(rng.choice((0, 1, 1, 1, 2, 3)))]
     job.raster = raster.stream(pages, version, order, rng)
-    if rng.random() < 0.15:
+    if rng.random() < 0.2:
         job.raster = _damaged(rng, job.raster)
     return job, "version %d, order %s, pages %s" % (
         version, order, [(f["cupsBytesPerLine"], f["cupsHeight"], f["NumCopies"]) for f, _ in pages])
@@ -200,7 +204,7 @@ def make(seed, ppd_path):
             job, note = _draw(rng, ppd_path)
             outcome = model.run(job, limit=LIMIT)
             break
-        except TooLarge:
+        except Unsuited:
             continue
     name = job.ppd.short_nick_name if job.ppd else "no PPD"
     return job, outcome, "model %s, options %r, %s, %d arguments, %d raster bytes" % (

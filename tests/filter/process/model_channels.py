@@ -16,8 +16,8 @@ class Fatal(Exception):
     """The process has ended with status 1."""
 
 
-class TooLarge(Exception):
-    """The job would send or hold more than its limit: no case for a quick test."""
+class Unsuited(Exception):
+    """The job is no case for a quick test: it would send or hold more than its limit."""
 
 
 class Channels:
@@ -46,7 +46,7 @@ class Channels:
 
     def check_size(self, size):
         if size > self.limit:
-            raise TooLarge()
+            raise Unsuited()
 
     def msgerrno(self, level, code):
         self.msg(level, (b"error(%d):%s" % (code, ERROR_TEXTS[code]))[:254])

@@ -90,7 +90,9 @@ class Raster(unittest.TestCase):
                   {"cupsBitsPerPixel": 8}, {"cupsColorSpace": 0}, {"cupsColorSpace": 18}, {"cupsColorOrder": 1},
                   {"cupsColorOrder": 2}, {"cupsBitsPerPixel": 32}, {"cupsHeight": 12}, {"cupsHeight": 3},
                   {"cupsBytesPerLine": 3}, {"cupsBytesPerLine": 9}, {"cupsWidth": 0},
-                  {"cupsBitsPerColor": 0}, {"cupsBitsPerColor": 17}, {"cupsBitsPerPixel": 33}, {"cupsBitsPerPixel": 0xFFFFFFFF})
+                  {"cupsBitsPerColor": 0}, {"cupsBitsPerColor": 17}, {"cupsBitsPerPixel": 33}, {"cupsBitsPerPixel": 240}, {"cupsBitsPerPixel": 241},
+                  {"cupsBytesPerLine": 1 << 31}, {"cupsColorSpace": 300}, {"cupsColorSpace": 21, "cupsNumColors": 0},
+                  {"cupsColorSpace": 62, "cupsNumColors": 0}, {"cupsColorSpace": 47, "cupsNumColors": 0}, {"cupsBitsPerPixel": 0xFFFFFFFF})
         for version in (1, 2, 3):
             for order in raster.ORDERS:
                 for fields in forged:
