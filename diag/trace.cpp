@@ -1,7 +1,7 @@
 // The trace channel: opening, closing, lines and byte dumps.
 //
 // Every job is traced and every printer byte shows up in the trace, so this is a hot path: lines are gathered in one
-// large buffer and bytes are put into words by a table.
+// large buffer, which a flush hands to the system in one write, and bytes are put into words by a table.
 #include "diag/trace.h"
 
 #include <errno.h>
@@ -15,9 +15,19 @@ FILE *klov_trace_handle = nullptr;
 
 namespace {
 
-// One print band's dump fits, so that a line is one write.
-constexpr size_t buffer_size = 65536;
-char stream_buffer[buffer_size];
+// Lines that wait for their flush. The dump of a whole print band fits. The stream itself has no buffer, so that
+// nothing is copied twice.
+constexpr size_t pending_size = 65536;
+char pending[pending_size];
+size_t pending_length = 0;
+
+void send_pending()
+{
+    if (pending_length > 0) {
+        fwrite_unlocked(pending, 1, pending_length, klov_trace_handle);
+        pending_length = 0;
+    }
+}
 
 // What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
 // were its memory given back, the next stream that anybody opens would sit at the same address and look closed.
@@ -27,6 +37,7 @@ FILE *closed_trace = nullptr;
 void close_trace()
 {
     const int saved_errno = errno;
+    send_pending();
     fflush(klov_trace_handle);
     if (freopen("", "w", klov_trace_handle) == nullptr) {
         closed_trace = klov_trace_handle;
@@ -72,11 +83,12 @@ FILE *open_trace(const char *target)
         errno = saved_errno;
         return nullptr;
     }
-    setvbuf(stream, stream_buffer, _IOFBF, buffer_size);
+    setvbuf(stream, nullptr, _IONBF, 0);
     return stream;
 }
 
-// One byte in words: "0x0 " to "0xff ". Eight bytes, so that a byte's text is copied with one load and one store.
+// One byte in words: "0x0 " to "0xff ". Eight bytes without alignment, so that a byte's text is copied with one load
+// and one store.
 struct hex_word {
     char text[7];
     uint8_t length;
@@ -108,15 +120,31 @@ constexpr hex_table make_hex_table()
 constexpr hex_table hex = make_hex_table();
 static_assert(sizeof(hex_word) == 8);
 
-// Puts the bytes' words to out, which has room for the last one's unused tail too. Returns the end.
+// Puts the bytes' words to out, which has room for a whole table entry behind the last one. Returns the end.
 char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
 {
     for (uint32_t i = 0; i < size; ++i) {
         const hex_word &word = hex.words[bytes[i]];
-        memcpy(out, &word, sizeof word);
+        *reinterpret_cast<hex_word *>(out) = word;
         out += word.length;
     }
     return out;
+}
+
+// Appends to the pending lines; a text that is longer than all of them goes out by itself.
+void append(const char *format, va_list args)
+{
+    va_list again;
+    va_copy(again, args);
+    const size_t room = pending_size - pending_length;
+    const int length = vsnprintf(pending + pending_length, room, format, args);
+    if (length >= 0 && static_cast<size_t>(length) < room) {
+        pending_length += static_cast<size_t>(length);
+    } else {
+        send_pending();
+        vfprintf(klov_trace_handle, format, again);
+    }
+    va_end(again);
 }
 
 }  // namespace
@@ -147,6 +175,9 @@ void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
     if (stream == nullptr || stream == closed_trace) {
         return;
     }
+    if (trace_is_open()) {
+        send_pending();
+    }
     fprintf(stream, "[DUMP(%d):", count);
     for (int32_t i = 0; i < count; ++i) {
         const char word[] = {'0', 'x', hex_digits[bytes[i] >> 4], hex_digits[bytes[i] & 0xF], ' '};
@@ -163,7 +194,7 @@ void trace_text(const char *format, ...)
     }
     va_list args;
     va_start(args, format);
-    vfprintf(klov_trace_handle, format, args);
+    append(format, args);
     va_end(args);
 }
 
@@ -174,9 +205,42 @@ void trace_line(const char *format, ...)
     }
     va_list args;
     va_start(args, format);
-    vfprintf(klov_trace_handle, format, args);
+    append(format, args);
     va_end(args);
     trace_flush();
+}
+
+void trace_piece(const char *text)
+{
+    const size_t length = strlen(text);
+    if (!trace_is_open()) {
+        return;
+    }
+    if (length > pending_size - pending_length) {
+        send_pending();
+    }
+    if (length > pending_size) {
+        fwrite_unlocked(text, 1, length, klov_trace_handle);
+        return;
+    }
+    memcpy(pending + pending_length, text, length);
+    pending_length += length;
+}
+
+void trace_piece(int32_t number)
+{
+    char digits[12];
+    char *first = digits + sizeof digits - 1;
+    *first = '\0';
+    uint32_t rest = number < 0 ? 0U - static_cast<uint32_t>(number) : static_cast<uint32_t>(number);
+    do {
+        *--first = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest > 0);
+    if (number < 0) {
+        *--first = '-';
+    }
+    trace_piece(first);
 }
 
 void trace_hex(const uint8_t *bytes, uint32_t size)
@@ -184,20 +248,24 @@ void trace_hex(const uint8_t *bytes, uint32_t size)
     if (!trace_is_open()) {
         return;
     }
-    constexpr uint32_t chunk = 1024;
-    char text[chunk * longest_word + sizeof(hex_word)];
     while (size > 0) {
-        const uint32_t count = size < chunk ? size : chunk;
-        const char *end = put_hex_words(text, bytes, count);
-        fwrite_unlocked(text, 1, static_cast<size_t>(end - text), klov_trace_handle);
+        const size_t room = pending_size - pending_length;
+        const size_t fitting = room > sizeof(hex_word) ? (room - sizeof(hex_word)) / longest_word : 0;
+        const uint32_t count = size < fitting ? size : static_cast<uint32_t>(fitting);
+        const char *end = put_hex_words(pending + pending_length, bytes, count);
+        pending_length = static_cast<size_t>(end - pending);
         bytes += count;
         size -= count;
+        if (size > 0) {
+            send_pending();
+        }
     }
 }
 
 void trace_flush()
 {
     if (trace_is_open()) {
+        send_pending();
         fflush(klov_trace_handle);
     }
 }

@@ -128,7 +128,7 @@ int32_t print_trimmed_section(printer_dev *dev, const section &part, uint32_t le
     const dev_options &options = *dev->devOptions;
     int32_t margin_status = KLOV_OK;
     if (options.issupportshiftline) {
-        trace_text("\tcmd_shift_dotline");
+        trace_put("\tcmd_shift_dotline");
         margin_status = write_left_margin(options, left);
     }
     for (int32_t row = 0; row < part.count; ++row) {
@@ -139,7 +139,7 @@ int32_t print_trimmed_section(printer_dev *dev, const section &part, uint32_t le
         msg(level_fatal, "Error in print_dotline");
     }
     write_rows(options, dev->data_buf, width, part.count);
-    trace_text("\tone section complete.\n");
+    trace_put("\tone section complete.\n");
     return margin_status;
 }
 
@@ -148,7 +148,7 @@ int32_t print_section(printer_dev *dev, const section &part)
     const dev_options &options = *dev->devOptions;
     uint32_t left = 0;
     if (options.issupportshiftline) {
-        trace_text("\tisSupportShiftLine:TRUE");
+        trace_put("\tisSupportShiftLine:TRUE");
         left = left_cut(part);
     }
     const int64_t width = used_width(options, part, left);
@@ -171,8 +171,9 @@ int32_t print_dotline(printer_dev *dev, const uint8_t *pData, uint32_t dwWidthBy
     if (dwHeight < 1) {
         return KLOV_OK;
     }
-    trace_text("+print_dotline(pData:%d,dwWidthBytes:%d,dwHeight:%d) start.\n",
-               static_cast<int>(reinterpret_cast<uintptr_t>(pData)), static_cast<int>(dwWidthBytes), dwHeight);
+    const int32_t address = static_cast<int32_t>(reinterpret_cast<uintptr_t>(pData));
+    trace_put("+print_dotline(pData:", address, ",dwWidthBytes:", static_cast<int32_t>(dwWidthBytes),
+              ",dwHeight:", dwHeight, ") start.\n");
     const dev_options &options = *dev->devOptions;
     if (dev->state->lastStripBlanksHeight > 0) {
         dev->state->lastStripBlanksHeight = 0;
@@ -198,6 +199,7 @@ int32_t print_dotline(printer_dev *dev, const uint8_t *pData, uint32_t dwWidthBy
         start += count;
     }
     flush_output();
-    trace_line("-print_dotline finished(%d) %s\n", status, status == KLOV_OK ? "success." : "fail!");
+    trace_put("-print_dotline finished(", status, status == KLOV_OK ? ") success.\n" : ") fail!\n");
+    trace_flush();
     return status;
 }

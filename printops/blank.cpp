@@ -46,8 +46,9 @@ int32_t print_blank(printer_dev *dev, int32_t blank_counter)
 {
     const dev_options &options = *dev->devOptions;
     const int32_t quarters = saved_quarters(options);
-    trace_line("+print_blank(blank_counter:%d, save percent %d/4) start.\n", blank_counter, quarters);
+    trace_put("+print_blank(blank_counter:", blank_counter, ", save percent ", quarters, "/4) start.\n");
     if (blank_counter < 1) {
+        trace_flush();
         return KLOV_OK;
     }
 
@@ -64,6 +65,7 @@ int32_t print_blank(printer_dev *dev, int32_t blank_counter)
     }
     flush_output();
     dev->state->unfed_blank_rows += rows;
-    trace_line("-print_blank finished(%d) %s\n", status, status == KLOV_OK ? "success." : "fail!");
+    trace_put("-print_blank finished(", status, status == KLOV_OK ? ") success.\n" : ") fail!\n");
+    trace_flush();
     return status;
 }
