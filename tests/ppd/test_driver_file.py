@@ -118,6 +118,12 @@ class Sizes(unittest.TestCase):
             for keyword, (width, length) in ppd.numbers("PaperDimension").items():
                 self.assertEqual(ppd.numbers("ImageableArea")[keyword], [0, 0, width, length])
 
+    def test_no_size_is_another_label_turned_around(self):
+        """CUPS would turn a custom label of 50 x 30 if the list held 30 x 50."""
+        for ppd, model in self.each():
+            for width, length in ppd.numbers("PaperDimension").values():
+                self.assertTrue(length == width or length * DPI / 72 > model["width"] + 8)
+
     def test_custom_sizes_reach_the_length_of_a_roll(self):
         for ppd, _ in self.each():
             self.assertGreaterEqual(float(ppd.value("MaxMediaHeight")) / 72 * 25.4, 29999)
