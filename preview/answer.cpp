@@ -1,0 +1,96 @@
+// Status replies, byte by byte as libklov's parsers read them.
+#include "preview/answer.h"
+
+#include <string_view>
+
+namespace preview {
+namespace {
+
+using Reply = std::vector<uint8_t>;
+
+// Bits 1 and 4 are set in every real-time status byte.
+constexpr uint8_t real_time = 0x12;
+
+uint8_t bits(bool condition, uint8_t mask)
+{
+    return condition ? mask : uint8_t{0};
+}
+
+uint8_t paper_sensor(const Health &health)
+{
+    return static_cast<uint8_t>(bits(health.paper_near_end || health.paper_end, 0x03) | bits(health.paper_end, 0x0C));
+}
+
+Reply real_time_status(int64_t n, const Health &health)
+{
+    switch (n) {
+        case 2:
+            return {static_cast<uint8_t>(real_time | bits(health.cover_open, 0x04) | bits(health.paper_end, 0x20))};
+        case 4:
+            return {static_cast<uint8_t>(real_time | bits(health.paper_near_end || health.paper_end, 0x0C) |
+                                         bits(health.paper_end, 0x60))};
+        default:
+            return {real_time};
+    }
+}
+
+Reply automatic_status(const Health &health)
+{
+    return {static_cast<uint8_t>(0x10 | bits(health.cover_open, 0x20)), 0x00, paper_sensor(health), 0x00};
+}
+
+Reply text(std::string_view characters)
+{
+    Reply reply(characters.begin(), characters.end());
+    reply.push_back(0);
+    return reply;
+}
+
+Reply version(const Command &command)
+{
+    return command.bytes[0] == 'Z' ? Reply{1, 0, 0} : text("_1.0.0 ");
+}
+
+}  // namespace
+
+std::vector<uint8_t> answer(const Command &command, const Health &health)
+{
+    const std::string_view name = command.name;
+    const int64_t n = command.arg("n");
+    if (command.kind != Kind::command) {
+        return {};
+    }
+    if (name == "transmit_real_time_status") {
+        return real_time_status(n, health);
+    }
+    // One byte: bit 0 tells a printer that can not print, as the library reads it.
+    if (name == "transmit_status" && (n == 2 || n == 50)) {
+        return {bits(health.paper_end || health.cover_open, 0x01)};
+    }
+    if (name == "transmit_status" || name == "transmit_paper_sensor_status") {
+        return {paper_sensor(health)};
+    }
+    if (name == "transmit_peripheral_device_status") {
+        return {0x00};
+    }
+    if (name == "enable_disable_ASB") {
+        return n == 0 ? Reply{} : automatic_status(health);
+    }
+    if (name == "transmit_specified_status_in_real_time") {
+        return n == 1 ? automatic_status(health) : Reply{static_cast<uint8_t>(0x22 | bits(health.cover_open, 0x10))};
+    }
+    if (name == "transmit_printer_id") {
+        return {0x02};
+    }
+    if (name == "transmit_printer_version") {
+        return version(command);
+    }
+    if (name.starts_with("qr_transmit_the_size")) {
+        return text(
+            "7621\x1F"
+            "21\x1F");
+    }
+    return {};
+}
+
+}  // namespace preview

@@ -1,0 +1,64 @@
+// Turns a byte stream, fed in pieces of any size, into commands.
+#ifndef KLOV_PREVIEW_DECODER_H
+#define KLOV_PREVIEW_DECODER_H
+
+#include "preview/command.h"
+#include "preview/runlength.h"
+
+namespace preview {
+
+class Decoder {
+public:
+    // `padded_page_area`: the printer is one whose page area command carries an extra byte.
+    Decoder(Sink &sink, bool padded_page_area) : sink_(sink), padded_page_area_(padded_page_area) {}
+
+    void feed(Bytes bytes);
+
+    // The stream is over. False when it ended inside a command: the command was delivered with the kind truncated.
+    bool finish();
+
+    // Bytes decoded so far.
+    uint64_t offset() const
+    {
+        return offset_;
+    }
+
+private:
+    void run(bool final);
+    bool step(bool final);
+    size_t text_run(bool final, bool &waits) const;
+    void consume(size_t count);
+    void deliver(Kind kind, std::string_view name, size_t length);
+    void deliver_unknown_bytes();
+    void begin_image(const struct MatchResult &match);
+    bool image_step();
+    void raw_row_step(Bytes waiting);
+    void coded_row_step(Bytes waiting);
+    void row_done(Bytes row);
+    void end_image(Kind kind);
+    Bytes waiting() const;
+
+    Sink &sink_;
+    bool padded_page_area_;
+    std::vector<uint8_t> pending_;
+    size_t head_ = 0;               // of the first byte in pending_ that is not decoded yet
+    uint64_t offset_ = 0;           // of that byte in the stream
+    size_t needed_ = 1;             // nothing can be decided before so many bytes wait
+    std::vector<uint8_t> unknown_;  // unknown bytes in a row, delivered together
+
+    struct Image {
+        bool active = false;
+        Command command;
+        std::vector<uint8_t> header_bytes;
+        ImageHeader header{};
+        uint32_t rows_left = 0;
+        bool coded = false;
+        std::vector<uint8_t> row;  // the part of a plain row that has arrived
+        RowDecoder decoder;
+        bool overshoot_told = false;
+    } image_;
+};
+
+}  // namespace preview
+
+#endif

@@ -1,0 +1,163 @@
+// The reader: a decoder whose commands go to the paper machine, to the kept list and to the watcher.
+#include "preview/reader.h"
+
+#include <algorithm>
+
+#include "preview/decoder.h"
+#include "preview/machine.h"
+
+namespace preview {
+namespace {
+
+CommandRecord keep(const Command &command)
+{
+    const Bytes head = command.bytes.first(std::min(command.bytes.size(), record_head_bytes));
+    return {command.offset,
+            command.length,
+            command.kind,
+            command.name,
+            command.args,
+            {head.begin(), head.end()},
+            {command.data.begin(), command.data.end()}};
+}
+
+}  // namespace
+
+struct Reader::Parts final : Sink {
+    explicit Parts(Options wanted) : options(wanted), machine(options), decoder(*this, options.padded_page_area) {}
+
+    void on_command(const Command &command) override
+    {
+        machine.execute(command);
+        if (command.kind == Kind::truncated) {
+            problem = Problem{command.offset, "the input ends inside " + std::string(command.name) + " after " +
+                                                  std::to_string(command.length) + " bytes of it"};
+        }
+        if (command.kind == Kind::unknown) {
+            machine.warn(command.offset, std::string(command.name) + ", " + std::to_string(command.length) + " bytes");
+        }
+        if (options.keep_commands && commands.size() < options.max_events) {
+            commands.push_back(keep(command));
+        }
+        if (watcher) {
+            watcher(command);
+        }
+    }
+    void image_begin(const ImageHeader &header, uint64_t offset) override
+    {
+        machine.image_begin(header, offset);
+    }
+    void image_row(Bytes row) override
+    {
+        machine.image_row(row);
+    }
+    void on_warning(uint64_t offset, std::string text) override
+    {
+        machine.warn(offset, std::move(text));
+    }
+
+    Options options;
+    Machine machine;
+    Decoder decoder;
+    std::vector<CommandRecord> commands;
+    std::function<void(const Command &)> watcher;
+    std::optional<Problem> problem;
+};
+
+Reader::Reader(Options options) : parts_(std::make_unique<Parts>(options)) {}
+
+Reader::~Reader() = default;
+
+void Reader::watch(std::function<void(const Command &)> watcher)
+{
+    parts_->watcher = std::move(watcher);
+}
+
+bool Reader::feed(Bytes bytes)
+{
+    if (!parts_->machine.full()) {
+        parts_->decoder.feed(bytes);
+    }
+    return !parts_->machine.full();
+}
+
+bool Reader::finish()
+{
+    if (!parts_->machine.full()) {
+        parts_->decoder.finish();
+        parts_->machine.finish();
+    }
+    if (parts_->machine.full()) {
+        parts_->problem = Problem{parts_->machine.full_offset(),
+                                  "the paper is at its limit of " + std::to_string(parts_->options.max_rows) + " rows"};
+    }
+    return !parts_->problem.has_value();
+}
+
+const Options &Reader::options() const
+{
+    return parts_->options;
+}
+
+const Paper &Reader::paper() const
+{
+    return parts_->machine.paper();
+}
+
+const std::vector<CommandRecord> &Reader::commands() const
+{
+    return parts_->commands;
+}
+
+const std::vector<Cut> &Reader::cuts() const
+{
+    return parts_->machine.cuts;
+}
+
+const std::vector<Event> &Reader::events() const
+{
+    return parts_->machine.events;
+}
+
+const std::vector<Warning> &Reader::warnings() const
+{
+    return parts_->machine.warnings;
+}
+
+const std::optional<Problem> &Reader::problem() const
+{
+    return parts_->problem;
+}
+
+uint64_t Reader::offset() const
+{
+    return parts_->decoder.offset();
+}
+
+bool Reader::dot(uint64_t row, uint32_t column) const
+{
+    const Bytes bits = paper().row(row);
+    return column / 8 < bits.size() && (bits[column / 8] >> (7 - column % 8) & 1) != 0;
+}
+
+std::optional<InkExtent> Reader::ink() const
+{
+    std::optional<InkExtent> extent;
+    for (uint64_t row = 0; row < paper().rows(); ++row) {
+        const Bytes bits = paper().row(row);
+        for (uint32_t column = 0; column < bits.size() * 8; ++column) {
+            if ((bits[column / 8] >> (7 - column % 8) & 1) == 0) {
+                continue;
+            }
+            if (!extent) {
+                extent = InkExtent{row, row, column, column};
+            }
+            extent->last_row = row;
+            extent->first_dot = std::min(extent->first_dot, column);
+            extent->last_dot = std::max(extent->last_dot, column);
+        }
+    }
+    return extent;
+}
+
+}  // namespace preview
