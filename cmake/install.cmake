@@ -1,0 +1,46 @@
+# cmake --install: filter and driver file where CUPS looks for them, library, headers, tools and manual pages where
+# Debian does. Components: driver, library, development (and preview,
+# which the virtual printer installs by itself).
+
+include(CMakePackageConfigHelpers)
+
+# CUPS reads one fixed place, whatever the prefix of the rest is; DESTDIR stages both.
+find_program(KLOV_CUPS_CONFIG cups-config)
+function(klov_cups_folder variable option fallback what)
+  set(folder ${fallback})
+  if(KLOV_CUPS_CONFIG)
+    execute_process(COMMAND ${KLOV_CUPS_CONFIG} ${option} OUTPUT_VARIABLE answer OUTPUT_STRIP_TRAILING_WHITESPACE
+      RESULT_VARIABLE result)
+    if(result EQUAL 0 AND answer)
+      set(folder ${answer})
+    endif()
+  endif()
+  set(${variable} ${folder} CACHE PATH "${what}")
+endfunction()
+klov_cups_folder(KLOV_CUPS_SERVERBIN --serverbin /usr/lib/cups "Folder of CUPS that holds filter/")
+klov_cups_folder(KLOV_CUPS_DATADIR --datadir /usr/share/cups "Folder of CUPS that holds drv/")
+
+if(KLOV_FILTER)
+  install(TARGETS rastertoklov RUNTIME DESTINATION ${KLOV_CUPS_SERVERBIN}/filter COMPONENT driver)
+  install(FILES ${PROJECT_BINARY_DIR}/ppd/klov.drv ${PROJECT_BINARY_DIR}/ppd/klov-zh_CN.po
+    DESTINATION ${KLOV_CUPS_DATADIR}/drv COMPONENT driver)
+  # After an upgrade the cups package refreshes the PPDs of the queues that this file names.
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/printer-driver-klov.ppd-updater
+    DESTINATION ${KLOV_CUPS_DATADIR}/ppd-updaters COMPONENT driver)
+  install(FILES ${PROJECT_SOURCE_DIR}/filter/rastertoklov.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT driver)
+endif()
+
+install(TARGETS klov EXPORT klovTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS klov_static EXPORT klovTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/klov DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT klovTargets NAMESPACE klov:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/klovConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/klovConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/klovConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/klov.pc.in ${PROJECT_BINARY_DIR}/klov.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/klovConfig.cmake ${PROJECT_BINARY_DIR}/klovConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/klov.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
