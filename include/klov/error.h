@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * Result codes in words, in English or Chinese.
  *
  * language: 4 is Chinese (GBK bytes, code page 936), every other value is English. A code that the catalogue does not
@@ -7,7 +8,7 @@
  *
  * The wide forms and the last-error slot are process-wide and not guarded against use from several threads. The wide
  * forms convert in the process's locale and, for language 4, switch it to zh_CN.utf8 for good (see a2w() in
- * <klov/text.h>). GBK bytes are not UTF-8, so a Chinese text comes back as KLOV_E_PARAMETER there; use the narrow form.
+ * klov/text.h). GBK bytes are not UTF-8, so a Chinese text comes back as KLOV_E_PARAMETER there; use the narrow form.
  */
 #ifndef KLOV_ERROR_H
 #define KLOV_ERROR_H
@@ -17,21 +18,23 @@
 #include <stdint.h>
 #include <wchar.h>
 
-/* A slot for the library's users, 0 at first. No function but klov_set_last_error() writes to it. */
+/** A slot for the library's users, 0 at first. No function but klov_set_last_error() writes to it. */
 KLOV_API int32_t klov_last_error;
 
+/** What klov_set_last_error() stored last, 0 before that. */
 KLOV_API int32_t klov_get_last_error(void);
 
-/* Stores the code and returns it. */
+/** Stores the code and returns it. */
 KLOV_API int32_t klov_set_last_error(int32_t code);
 
-/*
+/**
  * Copies the text and its terminator. The terminator is not counted in buffer_size: make the buffer one byte larger.
- * Returns KLOV_OK, or KLOV_E_BUFFER_TOO_SMALL and writes nothing when buffer_size is below the text's length.
+ *
+ * - Returns KLOV_OK, or KLOV_E_BUFFER_TOO_SMALL and writes nothing when buffer_size is below the text's length.
  */
 KLOV_API int32_t cpystr(char *buffer, int32_t buffer_size, const char *text);
 
-/*
+/**
  * Writes the catalogue's text of the code, under cpystr()'s rule for the buffer_size, and the length of what the buffer
  * then holds to *length_out. Always returns KLOV_OK: a buffer that is too small keeps its contents, and the length is
  * theirs, counted up to buffer_size.
@@ -39,34 +42,34 @@ KLOV_API int32_t cpystr(char *buffer, int32_t buffer_size, const char *text);
 KLOV_API int32_t format_klov_error(int32_t code, char *buffer, int32_t buffer_size, int32_t language,
                                    int32_t *length_out);
 
-/*
- * The same as wide characters; wide_size counts the terminator. Returns KLOV_OK, KLOV_E_PARAMETER when the text does
- * not convert in the locale in force, KLOV_E_BUFFER_TOO_SMALL.
+/**
+ * As format_klov_error(), as wide characters; wide_size counts the terminator. Returns KLOV_OK, KLOV_E_PARAMETER when
+ * the text does not convert in the locale in force, KLOV_E_BUFFER_TOO_SMALL.
  */
 KLOV_API int32_t format_klov_error_wchar(int32_t code, wchar_t *wide_buffer, int32_t wide_size, int32_t language,
                                          int32_t *length_out);
 
-/*
+/**
  * As format_klov_error(), and for a code of 1 or more the system's text of that errno value (strerror_r(3); the
  * language then is the locale's). Returns KLOV_OK, or what strerror_r() returned (EINVAL, ERANGE) with *length_out
  * untouched.
  */
 KLOV_API int32_t format_error(int32_t code, char *buffer, int32_t buffer_size, int32_t language, int32_t *length_out);
 
-/* The same as wide characters, with the results of format_klov_error_wchar() besides. */
+/** As format_error(), as wide characters, with the results of format_klov_error_wchar() besides. */
 KLOV_API int32_t format_error_wchar(int32_t code, wchar_t *wide_buffer, int32_t wide_size, int32_t language,
                                     int32_t *length_out);
 
-/*
+/**
  * Clears the window of the buffer from byte start up to byte end and writes the text there as format_error() does. A
  * text exactly as long as the window has its terminator at end, one byte past the window; the window stays empty when
  * the text does not fit. Returns format_error()'s result.
  */
 KLOV_API int32_t klov_format_error_ansi(int32_t code, int32_t language, char *buffer, int32_t start, int32_t end);
 
-/*
- * The same as wide characters. start and end count bytes; the window is rounded down to whole wide characters (4
- * bytes), terminator included. Returns format_error_wchar()'s result.
+/**
+ * As klov_format_error_ansi(), as wide characters. start and end count bytes; the window is rounded down to whole wide
+ * characters (4 bytes), terminator included. Returns format_error_wchar()'s result.
  */
 KLOV_API int32_t klov_format_error_wchar(int32_t code, int32_t language, wchar_t *buffer, int32_t start, int32_t end);
 

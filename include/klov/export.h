@@ -1,14 +1,18 @@
-/* Linkage of libklov's public names: C names, visible outside the shared library. */
+/**
+ * \file
+ * Linkage of libklov's public names: C names, visible outside the shared library.
+ */
 #ifndef KLOV_EXPORT_H
 #define KLOV_EXPORT_H
 
+/** Gives a declaration a C name in C and in C++. */
 #ifdef __cplusplus
 #define KLOV_EXTERN_C extern "C"
 #else
 #define KLOV_EXTERN_C extern
 #endif
 
-/* Put before every function and every data symbol that the library exports. */
+/** Put before every function and every data symbol that the library exports. */
 #define KLOV_API KLOV_EXTERN_C __attribute__((visibility("default")))
 
 #endif

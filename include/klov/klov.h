@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * libklov: printer commands, models and error texts for receipt and label printers of the ESC/POS type.
  *
  * Command encoders (printing.h, layout.h, graphics.h, status.h, barcode.h, card.h, control.h) share one contract:

@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * The model catalogue: which printers there are, what each one is, and the properties of its hardware family.
  *
  * A catalogue row (model_brief) is constant and lives as long as the library; its strings may be kept but not changed
@@ -7,7 +8,7 @@
  * no lock: use them from one thread.
  *
  * Sizes and lengths are in bytes unless a comment says otherwise. Names and identities compare byte by byte and must
- * not be null. Result codes are those of <klov/result.h>.
+ * not be null. Result codes are those of klov/result.h.
  */
 #ifndef KLOV_MODEL_H
 #define KLOV_MODEL_H
@@ -17,93 +18,101 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/* Rows of the catalogue: 173 models and the closing "unknown" row. */
+/** Rows of the catalogue: 173 models and the closing "unknown" row. */
 #define MODEL_BRIEF_ROWS 174
 
-/* One row of the catalogue. */
+/** One row of the catalogue. */
 typedef struct model_brief {
-    uint32_t id;              /* the hardware family; the models of a family share it. 0xFFFFFFFF in the closing row */
-    const char *manufacturer; /* the brand on the case; empty for unbranded models */
-    const char *model_name;   /* the ShortNickName of the model's PPD */
-    const char *identity;     /* the name to show */
-    const char *description;  /* identity and class, such as "Acme QX-100 Receipt Printer" */
-    uint32_t type;            /* command dialect: the class word without the id byte */
-    int32_t width;            /* printable width in dots */
-    uint32_t flags_a;         /* capability words, carried and not interpreted */
-    uint32_t flags_b;
-    float unit_factor; /* 0.0625 or 0.125, carried and not interpreted */
+    uint32_t id;              /**< the hardware family, shared by its models; 0xFFFFFFFF in the closing row */
+    const char *manufacturer; /**< the brand on the case; empty for unbranded models */
+    const char *model_name;   /**< the ShortNickName of the model's PPD */
+    const char *identity;     /**< the name to show */
+    const char *description;  /**< identity and class, such as "Acme QX-100 Receipt Printer" */
+    uint32_t type;            /**< command dialect: the class word without the id byte */
+    int32_t width;            /**< printable width in dots */
+    uint32_t flags_a;         /**< capability word, carried and not interpreted */
+    uint32_t flags_b;         /**< capability word, carried and not interpreted */
+    float unit_factor;        /**< 0.0625 or 0.125, carried and not interpreted */
 } model_brief;
 
-/* One model with its properties. `size` must hold sizeof(printer_model): it marks a valid record. */
+/** One model with its properties. `size` must hold sizeof(printer_model): it marks a valid record. */
 typedef struct printer_model {
-    uint32_t size;
-    uint32_t id;
-    const char *manufacturer;
-    const char *model_name;
-    const char *identity;
-    const char *description;
-    uint32_t type; /* the class word that the command encoders take: the row's type, the id's low byte in bits 16-23 */
-    int32_t width; /* printable width in dots */
-    uint32_t flags_a;
-    uint32_t flags_b;
-    uint8_t prop_byte_0;
-    uint8_t prop_byte_1;
-    uint8_t prop_byte_2;
-    uint8_t prop_byte_3;
-    uint8_t prop_byte_4;
-    uint8_t feature_flag;
-    const char *pagemode_area; /* "width,height" of the page-mode area in dots, or empty */
-    const char *barcode_set;   /* bar codes, separated by ',' */
-    const char *spare_list;    /* never set by the library */
-    const char *fonts;         /* letter, cell width and height in dots, code pages; fonts separated by ';' */
-    uint8_t byte_a;
-    uint8_t byte_b;
-    uint8_t byte_c;
-    int32_t dpi;
-    float motion_v; /* vertical and horizontal motion unit in millimetres */
-    float motion_h;
-    uint8_t special_flag;
-    float unit_factor;
+    uint32_t size;             /**< sizeof(printer_model) */
+    uint32_t id;               /**< the hardware family, shared by its models */
+    const char *manufacturer;  /**< the brand on the case; empty for unbranded models */
+    const char *model_name;    /**< the ShortNickName of the model's PPD */
+    const char *identity;      /**< the name to show */
+    const char *description;   /**< identity and class */
+    uint32_t type;             /**< class word for the encoders: the row's type, the id's low byte in bits 16-23 */
+    int32_t width;             /**< printable width in dots */
+    uint32_t flags_a;          /**< capability word, carried and not interpreted */
+    uint32_t flags_b;          /**< capability word, carried and not interpreted */
+    uint8_t prop_byte_0;       /**< of the family, carried and not interpreted */
+    uint8_t prop_byte_1;       /**< of the family, carried and not interpreted */
+    uint8_t prop_byte_2;       /**< of the family, carried and not interpreted */
+    uint8_t prop_byte_3;       /**< of the family, carried and not interpreted */
+    uint8_t prop_byte_4;       /**< of the family, carried and not interpreted */
+    uint8_t feature_flag;      /**< of the family, 0 or 1: the value of MODEL_PROP_FEATURE_FLAG */
+    const char *pagemode_area; /**< "width,height" of the page-mode area in dots, or empty */
+    const char *barcode_set;   /**< bar codes, separated by ',' */
+    const char *spare_list;    /**< never set by the library */
+    const char *fonts;         /**< letter, cell width and height in dots, code pages; fonts separated by ';' */
+    uint8_t byte_a;            /**< 1 on every model */
+    uint8_t byte_b;            /**< 1 on every model */
+    uint8_t byte_c;            /**< 8 on every model */
+    int32_t dpi;               /**< 203 on every model */
+    float motion_v;            /**< vertical motion unit in millimetres */
+    float motion_h;            /**< horizontal motion unit in millimetres */
+    uint8_t special_flag;      /**< of the family, carried and not interpreted */
+    float unit_factor;         /**< of the row, carried and not interpreted */
 } printer_model;
 
 /* Keys of the property queries. */
-#define MODEL_PROP_ID 1              /* int */
-#define MODEL_PROP_NAME 2            /* string */
-#define MODEL_PROP_FEATURE_FLAG 129  /* bool */
-#define MODEL_PROP_PAGEMODE_AREA 130 /* string */
+#define MODEL_PROP_ID 1              /**< property: the id, an int */
+#define MODEL_PROP_NAME 2            /**< property: the model name, a string */
+#define MODEL_PROP_FEATURE_FLAG 129  /**< property: the feature flag, a bool */
+#define MODEL_PROP_PAGEMODE_AREA 130 /**< property: the page-mode area, a string */
 
 /* Types that the property queries report. */
-#define MODEL_PROPTYPE_BOOL 1
-#define MODEL_PROPTYPE_STRING 2
-#define MODEL_PROPTYPE_INT 3
-#define MODEL_PROPTYPE_BYTE 4
+#define MODEL_PROPTYPE_BOOL 1   /**< property type: one byte, 0 or 1 */
+#define MODEL_PROPTYPE_STRING 2 /**< property type: text without a terminator */
+#define MODEL_PROPTYPE_INT 3    /**< property type: four bytes, least significant first */
+#define MODEL_PROPTYPE_BYTE 4   /**< property type: one byte; no property has it */
 
-/* The catalogue, and the instances that the id queries have made so far (filled from the front, null behind). */
+/** The catalogue; the closing row is the last. */
 KLOV_API const model_brief model_brief_table[MODEL_BRIEF_ROWS];
+
+/** The instances that the id queries have made so far, filled from the front, null behind. */
 KLOV_API printer_model *models_table[MODEL_BRIEF_ROWS];
 
 /* ---- Catalogue rows ---- */
 
-/* The first row with this id, model name or identity, or null. The name "unknown" finds the closing row. */
+/** The first catalogue row with this id, or null. */
 KLOV_API const model_brief *klov_printer_model_brief_find_by_id(uint32_t id);
+
+/** The first catalogue row with this model name, or null. The name "unknown" finds the closing row. */
 KLOV_API const model_brief *klov_printer_model_brief_find_by_name(const char *name);
+
+/** The first catalogue row with this identity, or null. */
 KLOV_API const model_brief *klov_printer_model_brief_find_by_identity(const char *identity);
 
-/*
+/**
  * Copies id, model_name, description and width of the LAST row with this id into *out; the other fields stay as they
  * are, and so does everything when no row has the id. 0 in both cases; -1 when `out` is null.
  */
 KLOV_API int32_t klov_printer_model_brief_find_by_id2(uint32_t id, model_brief *out);
 
-/*
- * Name, type (the row's, without the id byte) and width in dots of the first row with this id or name.
- * 0, or -8 when there is none (nothing is stored then).
+/**
+ * Name, type (the row's, without the id byte) and width in dots of the first row with this id. 0, or -8 when there is
+ * none (nothing is stored then).
  */
 KLOV_API int32_t klov_printer_model_get_info_by_id(uint32_t id, const char **name_out, int32_t *type_out,
                                                    int32_t *width_out);
+
+/** Type and width of the first row with this model name, as klov_printer_model_get_info_by_id() gives them. */
 KLOV_API int32_t klov_printer_model_get_info_by_name(const char *name, int32_t *type_out, int32_t *width_out);
 
-/*
+/**
  * Lists a manufacturer's model names: each is followed by a tab, the whole by a NUL. A name that does not fit is left
  * out. *total_out (never null) receives the sum of the lengths of all names, tabs and NUL not counted, those left out
  * included. A buffer that is there receives at least the NUL, whatever `buffer_size` says; with a null buffer the names
@@ -112,35 +121,42 @@ KLOV_API int32_t klov_printer_model_get_info_by_name(const char *name, int32_t *
 KLOV_API int32_t klov_printer_model_get_manufacture_modelnames(const char *manufacturer, char *buffer,
                                                                int32_t buffer_size, int32_t *total_out);
 
-/*
- * As above, into a wide buffer of `buffer_size` BYTES. When there are models the result is 0 and the buffer holds the
- * NARROW text. When there are none the result is 1, the total 0 and the buffer all zero.
+/**
+ * As klov_printer_model_get_manufacture_modelnames(), into a wide buffer of `buffer_size` BYTES. When there are models
+ * the result is 0 and the buffer holds the NARROW text. When there are none the result is 1, the total 0 and the buffer
+ * all zero.
  */
 KLOV_API int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char *manufacturer, wchar_t *wide_buffer,
                                                                      int32_t buffer_size, int32_t *total_out);
 
 /* ---- Model instances ---- */
 
-/*
- * Make an instance from the first row with this id, model name or identity. *out is the new record, or null on failure.
- * 0; -8 when no row matches; -9 when memory runs out (calloc); -1 when `out` is null.
+/**
+ * Makes an instance from the first row with this id. *out is the new record, or null on failure. 0; -8 when no row
+ * matches; -9 when memory runs out (calloc); -1 when `out` is null.
  */
 KLOV_API int32_t klov_printer_model_creator(uint32_t id, printer_model **out);
+
+/** Makes an instance from the first row with this model name; results of klov_printer_model_creator(). */
 KLOV_API int32_t klov_printer_model_creator2(const char *model_name, printer_model **out);
+
+/** Makes an instance from the first row with this identity; results of klov_printer_model_creator(). */
 KLOV_API int32_t klov_printer_model_creator_by_identity(const char *identity, printer_model **out);
 
-/*
- * Refill a record of the caller's. 0; -1 when it is null or its size tag is wrong; -8 when no row matches (the record
- * is untouched) or when the family has no properties of its own (the record is filled, with the default properties).
- * `spare_list` is left alone.
+/**
+ * Refills a record of the caller's from the first row with this id. 0; -1 when it is null or its size tag is wrong; -8
+ * when no row matches (the record is untouched) or when the family has no properties of its own (the record is filled,
+ * with the default properties). `spare_list` is left alone.
  */
 KLOV_API int32_t klov_printer_model_get_by_id(uint32_t id, printer_model *model);
+
+/** Refills a record from the first row with this model name; results of klov_printer_model_get_by_id(). */
 KLOV_API int32_t klov_printer_model_get_by_name(const char *model_name, printer_model *model);
 
-/* Gives an instance back (free). 0, or -6 for null. */
+/** Gives an instance back (free). 0, or -6 for null. */
 KLOV_API int32_t klov_printer_model_destroy(printer_model *model);
 
-/*
+/**
  * Destroys the instances in models_table and returns the last destroy's result (0 when there are none). It is the last
  * call to the library: the table keeps its stale pointers, and the id queries must not be used after it.
  */
@@ -148,33 +164,36 @@ KLOV_API int32_t klov_printer_model_detach(void);
 
 /* ---- Properties ---- */
 
-/*
+/**
  * One property of a model. *type_out (never null) receives its type, *length_out its full length. `buffer` or
  * `length_out` may be null, not both; a buffer needs a size of at least 1.
- *   int     4 bytes, least significant first; a smaller buffer gets the low bytes, a larger one zeros behind; length 4
- *   string  as many bytes as fit, no terminator, the rest of the buffer untouched; length without terminator
- *   bool    1 byte, the rest of the buffer untouched; length 1
- * 0, or -1 for a bad argument, a wrong size tag or an unknown key (nothing is written then).
+ *
+ * - int: 4 bytes, least significant first; a smaller buffer gets the low bytes, a larger one zeros behind; length 4.
+ * - string: as many bytes as fit, no terminator, the rest of the buffer untouched; length without terminator.
+ * - bool: 1 byte, the rest of the buffer untouched; length 1.
+ * - Returns 0, or -1 for a bad argument, a wrong size tag or an unknown key (nothing is written then).
  */
 KLOV_API int32_t klov_printer_model_get_property(const printer_model *model, int32_t key, int32_t *type_out,
                                                  void *buffer, int32_t buffer_size, int32_t *length_out);
 
-/* As above; a string arrives as NARROW text with twice its length. */
+/** As klov_printer_model_get_property(); a string arrives as NARROW text with twice its length. */
 KLOV_API int32_t klov_printer_model_get_property_wchar(const printer_model *model, int32_t key, int32_t *type_out,
                                                        void *buffer, int32_t buffer_size, int32_t *length_out);
 
-/*
- * The same queries on the library's own instance for an id, made at the first query of that id and kept, also when the
- * query itself fails. Also -8 for an id that is not in the catalogue, -9 when memory runs out.
+/**
+ * As klov_printer_model_get_property(), on the library's own instance for an id, made at the first query of that id and
+ * kept, also when the query itself fails. Also -8 for an id that is not in the catalogue, -9 when memory runs out.
  */
 KLOV_API int32_t klov_printer_model_id_get_property(uint32_t id, int32_t key, int32_t *type_out, void *buffer,
                                                     int32_t buffer_size, int32_t *length_out);
+
+/** As klov_printer_model_get_property_wchar(), on the library's own instance for an id. */
 KLOV_API int32_t klov_printer_model_id_get_property_wchar(uint32_t id, int32_t key, int32_t *type_out, void *buffer,
                                                           int32_t buffer_size, int32_t *length_out);
 
 /* ---- Lists ---- */
 
-/*
+/**
  * Splits a list such as `fonts` in place: returns the item at *position and moves *position behind it and its separator
  * (only the low 8 bits of `separator` count; 0 never separates), or returns null at the end of the text. Bit 0 of
  * `flags` skips blanks in front of the item, bit 1 removes the blanks behind the text's last item.

@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * Text conversions between wide characters and multibyte text, in the locale that the process has: a program that never
  * called setlocale(3) converts ASCII only. Both use the C library's wcstombs(3) and mbstowcs(3).
  *
@@ -17,7 +18,7 @@
 #include <stdint.h>
 #include <wchar.h>
 
-/*
+/**
  * Wide characters to multibyte text; dst_size and *count_out in bytes. Writes at most as many bytes as the source has
  * wide characters, plus one: a text with characters of two and more bytes loses its end, keeps whole characters and
  * gets no terminator. Trust the count.
@@ -25,7 +26,7 @@
 KLOV_API int32_t w2a(char *dst, int32_t dst_size, const wchar_t *src, int32_t src_len, int32_t code_page,
                      int32_t *count_out);
 
-/* Multibyte text to wide characters; dst_size and *count_out in wide characters. */
+/** Multibyte text to wide characters; dst_size and *count_out in wide characters. */
 KLOV_API int32_t a2w(wchar_t *dst, int32_t dst_size, const char *src, int32_t src_len, int32_t code_page,
                      int32_t *count_out);
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * The trace: a private record of what a job does, kept beside the scheduler's log. One trace a process, not guarded
  * against use from several threads. CRC32() sits here because it checks what was recorded.
  */
@@ -9,25 +10,25 @@
 #include <stdint.h>
 #include <stdio.h>
 
-/*
+/**
  * The stream that the trace goes to; null before the first klov_trace_init() and after one that failed. It may be
  * stdout, which is never closed. klov_trace_exit() leaves the value as it is, although the stream is closed then: do
  * not write to it yourself after that.
  */
 KLOV_API FILE *klov_trace_handle;
 
-/*
+/**
  * Opens the trace, closing the one that was open. The target "stdout" is this process's standard output; anything else
  * is the name of a file, which is made (mode 0666 less the umask) or truncated, or of a device such as a serial
  * console. Opening never waits and a named pipe is never waited for: without a reader there is no trace, and what a
  * slow reader leaves no room for is dropped. Programs that this process starts do not inherit the descriptor.
  *
- * Returns errno as it stands after the attempt (see open(2)). It is not cleared first, so that it can be left over from
- * an earlier call; what tells a failure is a null klov_trace_handle.
+ * - Returns errno as it stands after the attempt (see open(2)). It is not cleared first, so that it can be left over
+ *   from an earlier call; what tells a failure is a null klov_trace_handle.
  */
 KLOV_API int32_t klov_trace_init(const char *target);
 
-/*
+/**
  * Writes "[DUMP(count):", then "0x1b " for each of the count bytes (two lower-case hexadecimal digits and a blank),
  * then "]." and a carriage return and line feed to the stream, and flushes the trace (not the stream, unless it is the
  * trace). Does nothing for a null stream or for a trace that is closed. A count below 1 writes no bytes between the
@@ -35,18 +36,18 @@ KLOV_API int32_t klov_trace_init(const char *target);
  */
 KLOV_API void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count);
 
-/*
+/**
  * Flushes and closes the trace; standard output stays open. Harmless when no trace is open, so also when called twice.
  */
 KLOV_API void klov_trace_exit(void);
 
-/*
+/**
  * The checksum of length bytes at data by IEEE 802.3 (reflected polynomial 0xEDB88320, as crc32() of zlib). Begin with
  * crc 0; pass the previous result to go on with the next piece of the same data.
  */
 KLOV_API uint32_t CRC32(uint32_t crc, const uint8_t *data, uint32_t length);
 
-/* The checksum's step for every value of a byte. */
+/** The checksum's step for every value of a byte. */
 KLOV_API const uint32_t CRC32Tab[256];
 
 #endif
