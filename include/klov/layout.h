@@ -21,28 +21,32 @@
 /**
  * Print and line feed.
  *
- * - Bytes: 0A Fails for want of room only when *len equals cap.
+ * - Bytes: 0A
+ * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_line_feed(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
 /**
  * Print and carriage return.
  *
- * - Bytes: 0D Fails for want of room only when *len equals cap.
+ * - Bytes: 0D
+ * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_carriage_return(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
 /**
  * Horizontal tab: moves to the next tab position.
  *
- * - Bytes: 09 Fails for want of room only when *len equals cap.
+ * - Bytes: 09
+ * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_horizontal_tab(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
 /**
  * Cancel print data in page mode: deletes what is in the print area.
  *
- * - Bytes: 18 Fails for want of room only when *len equals cap.
+ * - Bytes: 18
+ * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_cancel_print_data_in_page_mode(uint32_t printer_class, uint8_t *buf, uint32_t cap,
                                                          uint32_t *len);

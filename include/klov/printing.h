@@ -91,7 +91,8 @@ KLOV_API int32_t klov_cmd_select_cut_mode_and_feed_paper(uint32_t printer_class,
 /**
  * Print and return to standard mode (form feed; a label printer moves to its next label).
  *
- * - Bytes: 0C Fails for want of room only when *len equals cap.
+ * - Bytes: 0C
+ * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_return_standard_mode(uint32_t printer_class, uint8_t *buf, uint32_t cap,
                                                          uint32_t *len);
