@@ -73,16 +73,18 @@ def remove_trace():
 
 
 def read_trace():
-    try:
-        with open(TRACE, "rb") as file:
-            return file.read()
-    except OSError:
+    """The trace; None when there is no ordinary file in its place."""
+    if not os.path.isfile(TRACE):
         return None
+    with open(TRACE, "rb") as file:
+        return file.read()
 
 
 def environment(ppd_path):
     result = {"PATH": os.environ.get("PATH", "/usr/bin:/bin"), "LC_ALL": "C"}
     result.update({name: value for name, value in os.environ.items() if name.startswith(_PASSED_ON)})
+    # A sanitized filter is to get a null pointer, as the system gives it, when it asks for too much memory.
+    result["ASAN_OPTIONS"] = ":".join(filter(None, (result.get("ASAN_OPTIONS"), "allocator_may_return_null=1")))
     if ppd_path is not None:
         result["PPD"] = os.fsdecode(ppd_path)
     return result

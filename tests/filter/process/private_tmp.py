@@ -10,6 +10,7 @@ import os
 
 CLONE_NEWNS, CLONE_NEWUSER = 0x00020000, 0x10000000
 MS_RDONLY, MS_REMOUNT, MS_BIND, MS_REC, MS_PRIVATE = 1, 32, 4096, 16384, 1 << 18
+MNT_DETACH = 2
 
 _libc = ctypes.CDLL(None, use_errno=True)
 _lock_file = None
@@ -27,8 +28,9 @@ def mount(source, target, kind=None, flags=0):
     _call("mount", text(source), text(target), text(kind), ctypes.c_ulong(flags), None)
 
 
-def unmount(target):
-    _call("umount2", os.fsencode(target), 0)
+def unmount(target, lazily=False):
+    """Takes off the topmost mount; lazily: with whatever is mounted within it."""
+    _call("umount2", os.fsencode(target), MNT_DETACH if lazily else 0)
 
 
 def enter(needed):
