@@ -33,5 +33,7 @@ endfunction()
 # Tests, tools and benchmarks: ordinary C++20 with the same warnings.
 function(klov_tool_options target)
   target_compile_features(${target} PRIVATE cxx_std_20 c_std_11)
-  target_compile_options(${target} PRIVATE ${klov_warnings})
+  # g++ 12 sees overlapping copies inside std::string that are not there (its bug 105651).
+  target_compile_options(${target} PRIVATE ${klov_warnings}
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 endfunction()
