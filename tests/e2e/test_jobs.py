@@ -114,6 +114,17 @@ class ManyPrinters(PrintTest):
             for printer in printers:
                 printer.__exit__()
 
+    def test_a_till_without_the_driver_prints_through_the_server(self):
+        expected = cups.print("file", documents.TEXT, "CutMode=2")
+        os.unlink(cups.output_path("file"))
+        cups.run("lpadmin", "-p", "file", "-c", "office")
+        cups.run("cupsaccept", "office")
+        cups.run("cupsenable", "office")
+        for queue in ("file", "office"):
+            result = cups.run("lp", "-h", "127.0.0.1:%d" % cups.port, "-d", queue, "-o", "CutMode=2", documents.TEXT)
+            cups.wait_for_job(int(result.stdout.split(" (")[0].rsplit("-", 1)[1]))
+            self.assertEqual(cups.output("file"), expected)
+
 
 class Failures(PrintTest):
     def test_a_ppd_of_an_unknown_model_stops_the_job_with_the_reason_in_the_log(self):

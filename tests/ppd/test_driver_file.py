@@ -192,6 +192,14 @@ class Options(unittest.TestCase):
             keywords = set(re.findall(r'\.keyword = "(\w+)"', source.read()))
         self.assertEqual(keywords, set(tables.options()))
 
+    def test_the_table_in_the_documentation_is_the_current_one(self):
+        with open(os.path.join(tables.SOURCE, "docs", "printers.md"), encoding="utf-8") as page:
+            written = page.read().split("<!-- options: begin")[1].split("-->\n", 1)[1].split("<!-- options: end")[0]
+        folder = os.path.join(tables.SOURCE, "ppd")
+        current = subprocess.run(["awk", "-f", "options-table.awk", "options.txt"], cwd=folder, capture_output=True,
+                                 text=True, check=True).stdout
+        self.assertEqual(written, current, "run ppd/update-docs.sh")
+
 
 class Chinese(unittest.TestCase):
     # Names of brands and models stay as they are.
