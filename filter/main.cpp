@@ -5,7 +5,7 @@
 #include "filter/device.h"
 #include "filter/document.h"
 #include "filter/page.h"
-#include "filter/raster_input.h"
+#include "filter/raster_guard.h"
 #include "printops/blank.h"
 #include "printops/output.h"
 
@@ -28,7 +28,7 @@ constexpr char trace_path[] = "/tmp/klov-raster";
 
 // Both streams get their buffer here: a band leaves with one write.
 char output_buffer[65536];
-raster_input input;
+raster_guard input;
 
 void open_diagnostics()
 {
@@ -72,7 +72,7 @@ void flush_and_check_output()
 bool read_header(cups_raster_t *stream, cups_page_header_t *header)
 {
     admit_cancellation();
-    const unsigned read = cupsRasterReadHeader(stream, header);
+    const unsigned read = read_guarded_header(input, stream, header);
     defer_cancellation();
     return read != 0;
 }
@@ -139,9 +139,10 @@ int main(int argc, char **argv)
     }
     dump_args(argc, argv);
 
-    input.descriptor = open_input(argc, argv);
+    const int descriptor = open_input(argc, argv);
+    start_guard(input, descriptor, device->render_data_size);
     catch_cancellation();
-    cups_raster_t *stream = cupsRasterOpenIO(read_raster, &input, CUPS_RASTER_READ);
+    cups_raster_t *stream = cupsRasterOpenIO(read_guarded, &input, CUPS_RASTER_READ);
     if (stream == nullptr) {
         error("cupsRasterOpen failed");
     }
@@ -150,8 +151,8 @@ int main(int argc, char **argv)
     cupsRasterClose(stream);
     klov_printer_dev_destroy(device);
     release_cancellation();
-    if (input.descriptor != STDIN_FILENO) {
-        close(input.descriptor);
+    if (descriptor != STDIN_FILENO) {
+        close(descriptor);
     }
     msg(level_debug, "rastertoklov filter finished");
     klov_trace_exit();
