@@ -10,7 +10,7 @@ HEADERS = sorted((INCLUDE / "klov").glob("*.h"))
 
 COMMENT = re.compile(r"/\*.*?\*/", re.S)
 # KLOV_API, the type, the name, and what follows the name: "(" for a function, "[" or ";" for data.
-DECLARATION = re.compile(r"^KLOV_API\b[^;(\[]*?(\w+)\s*([(\[;])", re.M)
+DECLARATION = re.compile(r"^\s*KLOV_API\b[^;(\[]*?(\w+)\s*([(\[;])", re.M)
 DESCRIBED = re.compile(r"/\*\*((?:(?!\*/).)*)\*/\s*KLOV_API\b[^;(\[]*?(\w+)\s*[(\[;]", re.S)
 
 

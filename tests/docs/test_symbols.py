@@ -16,7 +16,10 @@ def run(*command):
 
 class Symbols(unittest.TestCase):
     def test_exported_names_are_the_declared_names(self):
-        exported = sorted(line.split()[-1].split("@")[0] for line in run("nm", "-D", "--defined-only", LIBRARY).splitlines())
+        lines = run("nm", "-D", "--defined-only", LIBRARY).splitlines()
+        exported = sorted(line.split()[-1].split("@")[0] for line in lines)
+        if os.environ["KLOV_SANITIZE"]:
+            exported = [name for name in exported if not name.startswith("__odr_asan")]
         declared = sorted(headers.exported_names())
         self.assertGreater(len(declared), 150)
         self.assertEqual(exported, declared)
