@@ -6,7 +6,8 @@
  *
  *  1. The first argument is the printer class word: the `type` of a printer_model (model.h). Bit 0 set says that the
  *     printer knows the ESC/POS-type command set; bit 1 and bit 2 select the form of the version query; bit 12 says
- *     that it takes USB control sequences; bits 16 to 31 carry the model's family.
+ *     that it takes USB control sequences; bits 16 to 31 are a model's number, which a single command looks at
+ *     (klov_cmd_set_print_area_in_page_mode()).
  *  2. The last three arguments are the command buffer: buf, its capacity cap in bytes, and *len, the bytes already in
  *     it. A command goes to buf + *len; on success, and only then, *len grows by the command's length. Several commands
  *     in one buffer are made by several calls. Nothing is ever written to a printer: that is the caller's part.
