@@ -37,7 +37,6 @@ FILE *closed_trace = nullptr;
 void close_trace()
 {
     const int saved_errno = errno;
-    send_pending();
     fflush(klov_trace_handle);
     if (freopen("", "w", klov_trace_handle) == nullptr) {
         closed_trace = klov_trace_handle;
@@ -132,7 +131,7 @@ char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
 }
 
 // Appends to the pending lines; a text that is longer than all of them goes out by itself.
-void append(const char *format, va_list args)
+void append_format(const char *format, va_list args)
 {
     va_list again;
     va_copy(again, args);
@@ -145,6 +144,29 @@ void append(const char *format, va_list args)
         vfprintf(klov_trace_handle, format, again);
     }
     va_end(again);
+}
+
+void append_text(const char *text, size_t length)
+{
+    if (length > pending_size - pending_length) {
+        send_pending();
+    }
+    if (length > pending_size) {
+        fwrite_unlocked(text, 1, length, klov_trace_handle);
+        return;
+    }
+    memcpy(pending + pending_length, text, length);
+    pending_length += length;
+}
+
+// To the trace's pending lines, or to a stream of the caller's own.
+void put_text(FILE *stream, const char *text)
+{
+    if (stream == klov_trace_handle) {
+        trace_piece(text);
+    } else {
+        fputs(text, stream);
+    }
 }
 
 }  // namespace
@@ -165,7 +187,11 @@ int32_t klov_trace_init(const char *target)
 
 void klov_trace_exit(void)
 {
-    if (trace_is_open() && klov_trace_handle != stdout) {
+    if (!trace_is_open()) {
+        return;
+    }
+    send_pending();
+    if (klov_trace_handle != stdout) {
         close_trace();
     }
 }
@@ -175,15 +201,14 @@ void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
     if (stream == nullptr || stream == closed_trace) {
         return;
     }
-    if (trace_is_open()) {
-        send_pending();
-    }
-    fprintf(stream, "[DUMP(%d):", count);
+    char opening[24];
+    snprintf(opening, sizeof opening, "[DUMP(%d):", count);
+    put_text(stream, opening);
     for (int32_t i = 0; i < count; ++i) {
-        const char word[] = {'0', 'x', hex_digits[bytes[i] >> 4], hex_digits[bytes[i] & 0xF], ' '};
-        fwrite(word, 1, sizeof word, stream);
+        const char word[] = {'0', 'x', hex_digits[bytes[i] >> 4], hex_digits[bytes[i] & 0xF], ' ', '\0'};
+        put_text(stream, word);
     }
-    fputs("].\r\n", stream);
+    put_text(stream, "].\r\n");
     trace_flush();
 }
 
@@ -194,7 +219,7 @@ void trace_text(const char *format, ...)
     }
     va_list args;
     va_start(args, format);
-    append(format, args);
+    append_format(format, args);
     va_end(args);
 }
 
@@ -205,26 +230,16 @@ void trace_line(const char *format, ...)
     }
     va_list args;
     va_start(args, format);
-    append(format, args);
+    append_format(format, args);
     va_end(args);
     trace_flush();
 }
 
 void trace_piece(const char *text)
 {
-    const size_t length = strlen(text);
-    if (!trace_is_open()) {
-        return;
+    if (trace_is_open()) {
+        append_text(text, strlen(text));
     }
-    if (length > pending_size - pending_length) {
-        send_pending();
-    }
-    if (length > pending_size) {
-        fwrite_unlocked(text, 1, length, klov_trace_handle);
-        return;
-    }
-    memcpy(pending + pending_length, text, length);
-    pending_length += length;
 }
 
 void trace_piece(int32_t number)

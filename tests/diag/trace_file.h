@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 
+#include <functional>
 #include <string>
 
 class TraceTest : public testing::Test {
@@ -25,5 +26,9 @@ int open_descriptors_on(const std::string &path);
 
 int open_descriptors();
 
-// Write system calls of this process so far, or -1 where the system does not count them.
-long write_calls();
+// Whether the write system calls of this process can be counted: some systems do not, and under an emulator that writes
+// on its own account the figures mean nothing.
+bool counts_write_calls();
+
+// The write system calls of a step.
+long writes_of(const std::function<void()> &step);

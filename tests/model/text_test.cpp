@@ -39,20 +39,6 @@ private:
     LocaleFolder locales_{LocaleFolder::Chinese::installed};
 };
 
-// UTF-8 of a character below 0x10000.
-std::string utf8(wchar_t character)
-{
-    const auto code = static_cast<unsigned>(character);
-    if (code < 0x80) {
-        return {static_cast<char>(code)};
-    }
-    if (code < 0x800) {
-        return {static_cast<char>(0xC0 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
-    }
-    return {static_cast<char>(0xE0 | (code >> 12)), static_cast<char>(0x80 | ((code >> 6) & 0x3F)),
-            static_cast<char>(0x80 | (code & 0x3F))};
-}
-
 }  // namespace
 
 TEST(Text, AsciiConvertsBothWaysWithTheCountEqualToItsLength)
@@ -204,21 +190,24 @@ TEST_F(ChineseText, WideTextIsTruncatedToItsOwnLengthPlusOneInBytes)
 
 TEST_F(ChineseText, EveryMixOfNarrowAndWideCharactersIsCutAtAWholeCharacter)
 {
-    const wchar_t alphabet[] = {L'a', L'\x00E9', L'\x6253'};
+    const struct {
+        wchar_t wide;
+        std::string utf8;
+    } alphabet[] = {{L'a', "a"}, {L'\x00E9', "\xC3\xA9"}, {L'\x6253', "\xE6\x89\x93"}};
+    const size_t length = 5;
+    const size_t limit = length + 1;
     setlocale(LC_ALL, "zh_CN.utf8");
     for (int mix = 0; mix < 3 * 3 * 3 * 3 * 3; ++mix) {
         std::wstring source;
-        for (int digits = mix, i = 0; i < 5; ++i, digits /= 3) {
-            source += alphabet[digits % 3];
-        }
         std::string whole;
         std::string expected;
         bool cut = false;
-        for (const wchar_t character : source) {
-            const std::string bytes = utf8(character);
-            whole += bytes;
-            cut = cut || expected.size() + bytes.size() > source.size() + 1;
-            expected += cut ? "" : bytes;
+        for (int digits = mix, i = 0; i < 5; ++i, digits /= 3) {
+            const auto &letter = alphabet[digits % 3];
+            source += letter.wide;
+            whole += letter.utf8;
+            cut = cut || expected.size() + letter.utf8.size() > limit;
+            expected += cut ? "" : letter.utf8;
         }
         std::vector<char> narrow(whole.size() + 1, '#');
         const int32_t size = static_cast<int32_t>(narrow.size());
@@ -228,7 +217,7 @@ TEST_F(ChineseText, EveryMixOfNarrowAndWideCharactersIsCutAtAWholeCharacter)
         ASSERT_EQ(std::string(narrow.data(), expected.size()), expected) << mix;
         if (expected.size() < narrow.size()) {
             // The terminator is written where the limit has room for it.
-            const bool terminated = !cut && expected.size() < source.size() + 1;
+            const bool terminated = !cut && expected.size() < limit;
             ASSERT_EQ(narrow[expected.size()], terminated ? '\0' : '#') << mix;
         }
     }
