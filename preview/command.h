@@ -54,6 +54,8 @@ public:
     virtual void on_command(const Command &command) = 0;
     virtual void image_begin(const ImageHeader &header, uint64_t offset) = 0;
     virtual void image_row(Bytes row) = 0;
+    // False: nothing more is to be decoded, not even the rest of the bytes at hand.
+    virtual bool wants_more() const = 0;
     // Something about the stream that a person should know.
     virtual void on_warning(uint64_t offset, std::string text) = 0;
 };

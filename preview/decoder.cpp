@@ -83,7 +83,7 @@ bool Decoder::finish()
 
 void Decoder::run(bool final)
 {
-    while (head_ < pending_.size() || image_.active) {
+    while (sink_.wants_more() && (head_ < pending_.size() || image_.active)) {
         if (image_.active ? !image_step() : !step(final)) {
             return;
         }

@@ -27,7 +27,8 @@ bool split_address(const std::string &address, std::string &host, std::string &p
     if (host.front() == '[' && host.back() == ']') {
         host = host.substr(1, host.size() - 2);
     }
-    return !host.empty() && !port.empty() && port.find_first_not_of("0123456789") == std::string::npos;
+    const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
+    return !host.empty() && digits && std::stoul(port) <= UINT16_MAX;
 }
 
 int bound_socket(const addrinfo &info)

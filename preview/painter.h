@@ -9,7 +9,7 @@
 namespace preview {
 
 struct PictureOptions {
-    std::string path;            // "-" is standard output
+    std::string path = {};       // "-" is standard output
     bool bare = false;           // one pixel a dot, black on white, the printable width and every row, nothing else
     bool split = false;          // one picture a receipt: PATH-1.png, PATH-2.png and so on
     uint32_t paper_margin = 32;  // dots beside the printable width

@@ -51,6 +51,10 @@ struct Reader::Parts final : Sink {
     {
         machine.image_row(row);
     }
+    bool wants_more() const override
+    {
+        return !machine.full();
+    }
     void on_warning(uint64_t offset, std::string text) override
     {
         machine.warn(offset, std::move(text));

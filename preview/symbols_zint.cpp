@@ -47,6 +47,27 @@ std::string without(std::string text, const char *characters)
     return text;
 }
 
+// UPC-E may be given as the UPC-A number that it stands for: 0, five digits of the maker (m), five of the article (a).
+// The zeros among them are left out by one of four rules.
+std::string upc_e_digits(const std::string &number)
+{
+    if (number.size() < 11 || number[0] != '0') {
+        return number;
+    }
+    const std::string m = number.substr(1, 5);
+    const std::string a = number.substr(6, 5);
+    if (m[2] <= '2' && m.substr(3) == "00" && a.substr(0, 2) == "00") {
+        return m.substr(0, 2) + a.substr(2) + m[2];
+    }
+    if (m.substr(3) == "00" && a.substr(0, 3) == "000") {
+        return m.substr(0, 3) + a.substr(3) + '3';
+    }
+    if (m[4] == '0' && a.substr(0, 4) == "0000") {
+        return m.substr(0, 4) + a[4] + '4';
+    }
+    return a.substr(0, 4) == "0000" && a[4] >= '5' ? m + a[4] : number;
+}
+
 std::string encoder_text(const SymbolRequest &request)
 {
     const std::string text(request.data.begin(), request.data.end());
@@ -56,6 +77,9 @@ std::string encoder_text(const SymbolRequest &request)
     const int symbology = symbologies[request.symbology - first_symbology];
     if (request.symbology == code128) {
         return code128_text(request.data);
+    }
+    if (symbology == BARCODE_UPCE) {
+        return upc_e_digits(text);
     }
     // The printer lets the start and stop characters of CODE39 be sent or left out.
     if (symbology == BARCODE_CODE39) {
