@@ -1,7 +1,8 @@
 // Writing to the trace from inside the program. All of it does nothing while no trace is open.
 //
-// What is written is gathered in the stream's buffer; a flush hands it to the system in one write. A line is to be
-// flushed before the step that it announces, so that the trace still tells the truth when the process dies.
+// What is written is gathered in a buffer in front of the stream; a flush, the next opening or the closing hands it to
+// the system in one write. A line is to be flushed before the step that it announces, so that the trace still tells the
+// truth when the process dies: a process that ends without klov_trace_exit() loses what was gathered.
 #pragma once
 
 #include <klov/trace.h>
