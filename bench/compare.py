@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Compares whole processes: rastertoklov beside CUPS's stock filters, a floor program and an empty program.
 
-    compare.py BUILD OUT [--quick] [--no-instructions] [--output pipe|null]
+    compare.py BUILD OUT [--quick] [--no-instructions] [--output pipe|null] [--trace-in FOLDER]
+
+The trace goes to a file system in memory unless --trace-in names a folder on a disk.
 
 Every program of a set runs in turn with all others, round after round; what counts is the least of each one's runs.
 BUILD is a build folder with KLOV_BENCH; the table and the picture land in OUT. Needs ppdc, and strace and valgrind for
@@ -43,9 +45,9 @@ class Job:
         return path
 
 
-def cases_of(job, workshop, output):
+def cases_of(job, workshop, output, trace):
     stream, ppd = job.stream(workshop), workshop.own_ppd()
-    traced = harness.make_case(TRACED, workshop.filter, stream, ppd, output=output)
+    traced = harness.make_case(TRACED, workshop.filter, stream, ppd, trace=trace, output=output)
     compressed = traced._replace(name=COMPRESSED, options="BitmapCompression=1")
     cases = [traced, traced._replace(name=UNTRACED, trace="off"), compressed, workshop.floor_case(traced)]
     banded = None
@@ -61,8 +63,8 @@ def cases_of(job, workshop, output):
     return cases
 
 
-def measure(job, workshop, rounds, output):
-    cases = cases_of(job, workshop, output)
+def measure(job, workshop, rounds, output, trace):
+    cases = cases_of(job, workshop, output, trace)
     runs = workshop.run([case for case in cases if case.name not in SLOW], rounds)
     runs.update(workshop.run([case for case in cases if case.name in SLOW], max(2, rounds // 10)))
     for case in cases:
@@ -138,14 +140,16 @@ def main():
     parser.add_argument("--quick", action="store_true", help="fewer sets and rounds")
     parser.add_argument("--no-instructions", action="store_true", help="leave out callgrind")
     parser.add_argument("--output", choices=("pipe", "null"), default="pipe", help="where standard output goes")
+    parser.add_argument("--trace-in", metavar="FOLDER", help="write the trace there, by a symbolic link")
     words = parser.parse_args()
     os.makedirs(words.out, exist_ok=True)
+    trace = os.path.join(os.path.abspath(words.trace_in), "klov-bench-trace") if words.trace_in else "on"
     workshop = harness.Workshop(words.build)
     text, groups, limits = [], [], []
     try:
         for job in jobs_of(words.quick):
             rounds = (10 if words.quick else 30) if job.pages == 1 else (3 if words.quick else 7)
-            cases, runs = measure(job, workshop, rounds, words.output)
+            cases, runs = measure(job, workshop, rounds, words.output, trace)
             calls, instructions = {}, {}
             if job.pages == 1 and job.copies == 1:
                 calls = {case.name: harness.count_calls(case, workshop) for case in cases}
@@ -160,6 +164,8 @@ def main():
         limits.append(("start-up: CPU / empty program", start_up(workshop, 60 if words.quick else 200), 1.05))
     finally:
         workshop.close()
+        if words.trace_in and os.path.exists(trace):
+            os.unlink(trace)
     part = "Limits\n" + harness.table(["", "is", "limit", ""], [
         [name, "%.2f" % value, "%.2f" % limit, "kept" if value <= limit else "MISSED"] for name, value, limit in limits])
     print(part)

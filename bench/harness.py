@@ -116,7 +116,7 @@ def environment(ppd, recording="-"):
 def remove_trace():
     if os.path.isdir(TRACE):
         os.rmdir(TRACE)
-    elif os.path.exists(TRACE):
+    elif os.path.lexists(TRACE):
         os.unlink(TRACE)
 
 

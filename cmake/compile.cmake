@@ -24,6 +24,8 @@ add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,--as-needed)
 # Product code: no exceptions, no RTTI, no libstdc++ at run time.
 function(klov_compile_options target)
   target_compile_features(${target} PRIVATE cxx_std_20 c_std_11)
+  # Traces and raster files beyond 2 GB on 32-bit machines too.
+  target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
   target_compile_options(${target} PRIVATE ${klov_warnings}
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS ON

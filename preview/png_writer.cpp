@@ -36,7 +36,7 @@ bool write_header(png_structp png, png_infop info, std::FILE *file, png_uint_32 
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_compression_level(png, compression);
     png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
-    png_set_IHDR(png, info, width, height, palette == nullptr ? 1 : 8,
+    png_set_IHDR(png, info, width, height, palette == nullptr ? 1 : 4,
                  palette == nullptr ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_pHYs(png, info, dpm, dpm, PNG_RESOLUTION_METER);
@@ -44,6 +44,9 @@ bool write_header(png_structp png, png_infop info, std::FILE *file, png_uint_32 
         png_set_PLTE(png, info, palette, colours);
     }
     png_write_info(png, info);
+    if (palette != nullptr) {
+        png_set_packing(png);
+    }
     return true;
 }
 

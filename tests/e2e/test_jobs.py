@@ -1,13 +1,15 @@
 """Jobs as they go wrong or meet each other: cancelling, slow printers, two queues, a class of printers, failures."""
 
 import os
+import subprocess
 import unittest
 
 import documents
 import escpos
+import preview
 import raster
 import support
-from scheduler import CANCELED, STOPPED
+from scheduler import CANCELED, STOPPED, free_port
 from support import Listener, PrintTest
 
 # With so many copies a page of half a megabyte is more than the buffers between the filter and a printer that takes nothing.
@@ -47,6 +49,28 @@ class Network(PrintTest):
             for printer, paper in zip((left, right), papers):
                 self.assertEqual(printer.wait_for_jobs(1), [cups.print("file", paper, "Drawer1=2")])
             self.assertNotEqual(left.jobs, right.jobs)
+
+    @unittest.skipUnless(preview.TOOL, "klov-preview is not built")
+    def test_the_virtual_printer_on_the_network_draws_the_job(self):
+        port = free_port()
+        picture = os.path.join(folder, "paper.png")
+        printer = subprocess.Popen([preview.TOOL, "--listen", "127.0.0.1:%d" % port, "--jobs", "1", "--bare", "--quiet",
+                                    "--output", picture])
+        self.addCleanup(printer.kill)
+        cups.add_queue("virtual", "qx100.ppd", "socket://127.0.0.1:%d/?waiteof=false" % port)
+        cups.wait_for_job(cups.submit("virtual", documents.TEXT))
+        self.assertEqual(printer.wait(support.PATIENCE), 0)
+        with open(self.drawn(picture), "rb") as png:
+            rows = preview.read_png(png.read())
+        expected = escpos.picture(escpos.read_commands(cups.print("file", documents.TEXT)), 72)
+        self.assertEqual(escpos.without_blank_end(rows), escpos.without_blank_end(expected))
+
+    def drawn(self, picture):
+        """A listening printer numbers its pictures."""
+        stem = os.path.basename(picture)[:-4]
+        found = [name for name in os.listdir(folder) if name.startswith(stem)]
+        self.assertEqual(len(found), 1)
+        return os.path.join(folder, found[0])
 
 
 class Cancelling(PrintTest):

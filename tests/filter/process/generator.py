@@ -125,7 +125,8 @@ def _rows(rng, width, height):
 
 def _page(rng, options):
     strip = model_options.strip_buffer_size(options) if options else 1008
-    width = rng.choice((1, 2, 3, 48, 72, 73, rng.randint(1, 300), max(1, min(300, options.printer_width if options else 72))))
+    width = rng.choice((1, 2, 3, 48, 72, 73, rng.randint(1, 300),
+                        max(1, min(300, options.printer_width if options else 72))))
     if width > strip and rng.random() < 0.9:
         width = max(1, min(300, strip))
     height = min(3000, int(2 ** rng.uniform(0, 11.6)))
@@ -133,8 +134,9 @@ def _page(rng, options):
         height = max(1, height // 2)
     copies = rng.choice((1, 1, 1, 1, 2, 3, 0))
     fields = raster.header(
-        width, height, copies, MediaClass=rng.choice((b"", b"Roll", b"caf\xe9")), MediaType=rng.choice((b"", b"Thermal")),
-        OutputType=rng.choice((b"", b"x" * 63)), AdvanceDistance=rng.choice((0, 5, 0xFFFFFFFF)), CutMedia=rng.randrange(5),
+        width, height, copies, MediaClass=rng.choice((b"", b"Roll", b"caf\xe9")), CutMedia=rng.randrange(5),
+        MediaType=rng.choice((b"", b"Thermal")), OutputType=rng.choice((b"", b"x" * 63)),
+        AdvanceDistance=rng.choice((0, 5, 0xFFFFFFFF)),
         Duplex=rng.randrange(3), HWResolution=[203, rng.choice((203, 180))], ImagingBoundingBox=[0, 1, 204, 0x80000000],
         Margins=[1, 2], PageSize=[204, 567], Tumble=rng.randrange(2), cupsColorSpace=rng.choice((0, 3, 3, 3, 18)),
         cupsCompression=rng.randrange(3), cupsRowCount=rng.randrange(9), cupsMediaType=rng.randrange(3))

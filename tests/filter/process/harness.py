@@ -4,6 +4,7 @@ KLOV_FILTER names the program; KLOV_EXEC_PREFIX, if set, is put in front of it (
 KLOV_TIMEOUT is the longest that one run may take, in seconds.
 """
 
+import atexit
 import os
 import shlex
 import shutil
@@ -36,14 +37,8 @@ def prepare():
     _state["command"] = prefix + [os.path.abspath(program)]
     _state["private"] = private_tmp.enter(needed)
     _state["folder"] = tempfile.mkdtemp(prefix="klov-process-")
+    atexit.register(shutil.rmtree, _state["folder"], ignore_errors=True)
     _state["ready"] = True
-
-
-def cleanup():
-    if _state["ready"]:
-        shutil.rmtree(_state["folder"], ignore_errors=True)
-        remove_trace()
-        os.makedirs(_state["folder"], exist_ok=True)
 
 
 def has_private_tmp():

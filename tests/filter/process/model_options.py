@@ -1,4 +1,4 @@
-"""The options record: built-in defaults, the PPD's choices, the job's options, the model's properties; and its listing."""
+"""The options record: built-in defaults, the PPD's choices, the job's options, the model's properties, the listing."""
 
 from dataclasses import dataclass
 
@@ -56,7 +56,7 @@ KEYWORDS = ("Resolution", "PageSize", "PaperType") + tuple(keyword for keyword, 
 
 
 def parse_job_options(text):
-    """The job's "name=value" words; a bare word is true, one that begins with "no" is false; the last of a name counts."""
+    """The job's "name=value" words; a bare word is true, one with "no" in front false; the last of a name counts."""
     found = {}
     for word in text.split():
         name, equals, value = word.partition(b"=")

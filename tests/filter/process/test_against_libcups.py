@@ -90,9 +90,11 @@ class Raster(unittest.TestCase):
                   {"cupsBitsPerPixel": 8}, {"cupsColorSpace": 0}, {"cupsColorSpace": 18}, {"cupsColorOrder": 1},
                   {"cupsColorOrder": 2}, {"cupsBitsPerPixel": 32}, {"cupsHeight": 12}, {"cupsHeight": 3},
                   {"cupsBytesPerLine": 3}, {"cupsBytesPerLine": 9}, {"cupsWidth": 0},
-                  {"cupsBitsPerColor": 0}, {"cupsBitsPerColor": 17}, {"cupsBitsPerPixel": 33}, {"cupsBitsPerPixel": 240}, {"cupsBitsPerPixel": 241},
+                  {"cupsBitsPerColor": 0}, {"cupsBitsPerColor": 17}, {"cupsBitsPerPixel": 33}, {"cupsBitsPerPixel": 240},
+                  {"cupsBitsPerPixel": 241},
                   {"cupsBytesPerLine": 1 << 31}, {"cupsColorSpace": 300}, {"cupsColorSpace": 21, "cupsNumColors": 0},
-                  {"cupsColorSpace": 62, "cupsNumColors": 0}, {"cupsColorSpace": 47, "cupsNumColors": 0}, {"cupsBitsPerPixel": 0xFFFFFFFF})
+                  {"cupsColorSpace": 62, "cupsNumColors": 0}, {"cupsColorSpace": 47, "cupsNumColors": 0},
+                  {"cupsBitsPerPixel": 0xFFFFFFFF})
         for version in (1, 2, 3):
             for order in raster.ORDERS:
                 for fields in forged:
@@ -114,7 +116,8 @@ class Raster(unittest.TestCase):
 
 @unittest.skipUnless(libcups.available(), "libcups.so.2 is not here")
 class Ppds(unittest.TestCase):
-    SIZES = [Size("72x200", (0, 0, 204.31, 567), (204.31, 567)), Size("8w", None, (160, 300)), Size("A", (0, 0, -5.5, 9))]
+    SIZES = [Size("72x200", (0, 0, 204.31, 567), (204.31, 567)), Size("8w", None, (160, 300)),
+             Size("A", (0, 0, -5.5, 9))]
     OPTIONS = [Option("CutMode", ("0None", "1Cut"), "1Cut"), Option("Drawer1", ("0", "1")),
                Option("Drawer2", ("0", "1"), "7"), Option("LogoIndex", ("a", "B"), "b")]
 
@@ -143,7 +146,8 @@ class Ppds(unittest.TestCase):
         names = [b"Custom.80x120", b"Custom.80", b"custom.80x120", b"Custom.8.5x11in"]
         for _ in range(300):
             names.append(b"Custom.%sx%d%s" % (rng.choice((b"%d" % rng.randint(1, 900), b"%.2f" % rng.uniform(1, 900))),
-                                              rng.randint(1, 900), rng.choice((b"", b"mm", b"cm", b"in", b"ft", b"m", b"pt"))))
+                                              rng.randint(1, 900),
+                                              rng.choice((b"", b"mm", b"cm", b"in", b"ft", b"m", b"pt"))))
         self.check(ppd, names)
 
     def test_what_is_no_ppd_does_not_open(self):

@@ -1,4 +1,4 @@
-"""Every way in which a job ends early: the text, status 1, the trace closed before the message, nothing more printed."""
+"""Every way in which a job ends early: its text, status 1, the trace closed before it, nothing more printed."""
 
 import unittest
 from pathlib import Path
@@ -79,8 +79,8 @@ class Fatal(JobTest):
         self.assertIn(b"+print_cut_page(printer_class:-1) start.\n", actual.trace)
 
     def test_a_raster_file_that_is_not_there(self):
-        self.assert_ends(job(page(DOT), options="Drawer1=1", arguments=7, file_opens=False), "Unable to open raster file",
-                         last_trace="-dump options finished.\n")
+        work = job(page(DOT), options="Drawer1=1", arguments=7, file_opens=False)
+        self.assert_ends(work, "Unable to open raster file", last_trace="-dump options finished.\n")
 
     def test_what_is_no_raster_stream(self):
         for data in (b"", b"RaS", b"%PDF-1.4\n", bytes(3000)):

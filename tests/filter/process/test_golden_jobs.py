@@ -2,6 +2,7 @@
 
 import unittest
 
+import catalogue
 from cases import (INK, JobTest, blank, choice, hexed, inked, job, page, raster_command, roll, trace_lines, white)
 from ppd import Ppd, Size
 
@@ -90,7 +91,6 @@ class Options(JobTest):
                 "+print_blank(blank_counter:%d, save percent 0/4) start." % count for count in (strip, 1)])
 
     def narrow_model(self):
-        import catalogue
         return next(m.name for m in catalogue.models() if m.width == 384 and m.dialect & 1)
 
     def test_a_page_size_without_a_leading_number_takes_its_width_from_the_area(self):
@@ -156,7 +156,8 @@ class Pages(JobTest):
 
     def test_a_blank_run_over_strips_is_fed_in_one_piece(self):
         rows = inked(72, 1) + blank(72, 40) + inked(72, 1)
-        self.assert_prints(job(page(*rows)), raster_command(72, 1), INK * 72, white(40), raster_command(72, 1), INK * 72)
+        row = raster_command(72, 1) + INK * 72
+        self.assert_prints(job(page(*rows)), row, white(40), row)
 
     def test_two_copies_are_the_same_bytes_twice(self):
         rows = blank(2, 3) + inked(2, 2) + blank(2, 5)

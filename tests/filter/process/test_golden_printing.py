@@ -21,7 +21,8 @@ class OutputChannel(JobTest):
 
     def test_the_dump_has_no_leading_zeros(self):
         actual = self.run_job(job(page(DOT), ppd=Ppd(fixed_width_printer())))
-        self.assertIn(b"+write_bytes start(data_size:3):\n0x1b 0x4a 0x0 \n-write_bytes finished(writed:1).\n", actual.trace)
+        self.assertIn(b"+write_bytes start(data_size:3):\n0x1b 0x4a 0x0 \n-write_bytes finished(writed:1).\n",
+                      actual.trace)
 
     def test_a_block_of_no_bytes_has_an_empty_line(self):
         actual = self.run_job(job(page(DOT), options="BitmapCompression=1"))
@@ -64,7 +65,8 @@ class Compression(JobTest):
         ("41 42 43 44", "03 41 42 43 44"), ("41 41 41 41", "fd 41"), ("41 41", "ff 41"), ("41 42", "01 41 42"),
         ("41 42 42 42", "00 41 fe 42"), ("41 41 42 42 43 43", "ff 41 ff 42 ff 43"),
         ("41 42 43 43 43 44 45", "01 41 42 fe 43 01 44 45"), ("41 41 42 41", "ff 41 01 42 41"),
-        ("41 42 42 43 44", "00 41 ff 42 01 43 44"), ("41 41 41 42", "00 41 fe 41"), ("41 42 42 43", "00 41 00 42 ff 42"),
+        ("41 42 42 43 44", "00 41 ff 42 01 43 44"), ("41 41 41 42", "00 41 fe 41"),
+        ("41 42 42 43", "00 41 00 42 ff 42"),
         ("41 " * 200, "81 41 b8 41"), ("41 " * 129, "81 41 ff 41"), ("41 " * 128, "81 41"), ("41", ""),
     )
 
@@ -121,7 +123,8 @@ class BlankFeeds(JobTest):
 
     def test_a_feed_of_less_than_one_row_only_shows_in_the_trace(self):
         actual = self.assert_prints(job(options="CutMode=1"), CUT)
-        self.assertEqual(trace_lines(actual, b"print_blank"), ["+print_blank(blank_counter:-7, save percent 0/4) start."])
+        self.assertEqual(trace_lines(actual, b"print_blank"),
+                         ["+print_blank(blank_counter:-7, save percent 0/4) start."])
 
     def test_paper_saving_also_shortens_the_feed_before_the_cut(self):
         self.assert_prints(job(options="CutMode=1 CutPaperLength=10 PaperSaveMode=2"), white(40), CUT)
@@ -150,12 +153,14 @@ class Finishing(JobTest):
     def test_paper_type_1_moves_to_the_next_ticket_before_the_page_cut(self):
         once = raster_command(1, 1) + DOT + b"\x0c" + CUT
         for kind in ("1", "2"):
-            self.assert_prints(job(page(DOT, copies=2), options="PaperType=%s PostPrintAction=3 CutMode=1" % kind), once, once)
+            work = job(page(DOT, copies=2), options="PaperType=%s PostPrintAction=3 CutMode=1" % kind)
+            self.assert_prints(work, once, once)
         self.assert_prints(job(page(DOT), options="PaperType=3"), raster_command(1, 1), DOT)
 
     def test_beep_at_the_start_and_drawer_2_at_the_end(self):
         work = job(page(DOT), options="BeepControl=1 BeepRepeat=3 BeepDuration=4 BeepInterval=5 Drawer2=2")
-        self.assert_prints(work, hexed("1b 28 41 05 00 61 64 03 04 05"), raster_command(1, 1), DOT, hexed("1b 70 01 50 50"))
+        beep, drawer = hexed("1b 28 41 05 00 61 64 03 04 05"), hexed("1b 70 01 50 50")
+        self.assert_prints(work, beep, raster_command(1, 1), DOT, drawer)
 
     def test_the_order_at_the_start_and_at_the_end(self):
         everything = hexed("1b 28 41 05 00 61 64 01 00 00  1b 70 00 00 00  1b 70 00 50 50  1b 70 01 50 50"

@@ -1,4 +1,4 @@
-"""What happens when a channel fails: no job that lost printer bytes reports success, and the trace is never in the way."""
+"""What happens when a channel fails: a job that lost printer bytes never reports success; the trace is in nobody's way."""
 
 import os
 import signal
@@ -10,6 +10,7 @@ import model
 import private_tmp
 from cases import JobTest, blank, inked, job, page
 from outcome import differences
+from session import Session
 
 LOST = b"ERROR:Raster(Unable to write printer data, cups:successful-ok)\n"
 
@@ -115,6 +116,23 @@ class Messages(JobTest):
             printed, messages = process.communicate(timeout=harness.TIMEOUT)
         self.assertEqual((process.returncode, printed), (1, b""))
         self.assertTrue(messages.endswith(b"ERROR:Raster(cupsRasterOpen failed, cups:successful-ok)\n"))
+
+
+class TraceFirst(JobTest):
+    def test_what_the_printer_has_got_is_already_in_the_trace(self):
+        work = job(*[page(*inked(72, 100))] * 2, options="CutMode=1")
+        complete = model.run(work).stdout
+        self.assertLess(len(work.raster), 65536, "the whole stream must fit the pipe")
+        with Session(work) as session:
+            session.send(work.raster)
+            session.process.stdin.close()
+            for got in range(1, len(complete) + 1, 997):
+                session.read_printed(got)
+                dumped = bytes(int(word, 16) for line in harness.read_trace().split(b"\n")
+                               if line.startswith(b"0x") for word in line.split())
+                self.assertGreaterEqual(len(dumped), got)
+                self.assertEqual(dumped[:got], session.printed)
+            self.assertEqual(session.finish().stdout, complete)
 
 
 class NoTrace(JobTest):
