@@ -82,6 +82,12 @@ class Compression(JobTest):
         self.assert_prints(job(page(data), options="BitmapCompression=1", ppd=roll("200", "600")),
                            raster_command(150, 1, 0x20), b"\x7f", data[:128], b"\x15", data[128:])
 
+    def test_more_than_256_literal_bytes_are_counted_modulo_256(self):
+        # 258 literals are written as 2; the rest is folded into the run, 259 bytes long, in pieces of 128.
+        data = bytes(i % 251 + 1 for i in range(258)) + hexed("ff ff ff")
+        self.assert_prints(job(page(data), options="BitmapCompression=1", ppd=roll("300", "900")),
+                           raster_command(261, 1, 0x20), hexed("01 01 02 81 ff 81 ff fc ff"))
+
     def test_rows_follow_each_other_without_a_mark(self):
         self.assert_prints(job(page(b"AAAA", b"ABCD"), options="BitmapCompression=1"),
                            raster_command(4, 2, 0x20), hexed("fd 41 03 41 42 43 44"))

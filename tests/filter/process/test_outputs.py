@@ -1,4 +1,4 @@
-"""What happens when a channel fails: a job that lost printer bytes never reports success; the trace is in nobody's way."""
+"""What happens when a channel fails: a job that lost printer bytes never reports success; the trace stops nobody."""
 
 import os
 import signal
