@@ -148,7 +148,7 @@ def main():
     text, groups, limits = [], [], []
     try:
         for job in jobs_of(words.quick):
-            rounds = (10 if words.quick else 30) if job.pages == 1 else (3 if words.quick else 7)
+            rounds = (10 if words.quick else 25) if job.pages == 1 else (3 if words.quick else 5)
             cases, runs = measure(job, workshop, rounds, words.output, trace)
             calls, instructions = {}, {}
             if job.pages == 1 and job.copies == 1:

@@ -294,7 +294,7 @@ const char *settle(CLI::App &app, Settings &settings)
 }  // namespace
 
 int main(int argc, char **argv)
-{
+try {
     Settings settings;
     CLI::App app("Shows what a receipt printer's command stream does to the paper.", "klov-preview");
     add_options(app, settings);
@@ -309,4 +309,7 @@ int main(int argc, char **argv)
         return bad_usage;
     }
     return settings.listen.empty() ? read_file(settings) : listen_for_jobs(settings);
+} catch (const std::exception &problem) {
+    std::fprintf(stderr, "klov-preview: %s\n", problem.what());
+    return not_all_read;
 }

@@ -30,7 +30,7 @@ constexpr uint32_t shadow_width = 4;
 constexpr uint32_t edge_height = 6;   // of the torn edge's teeth
 constexpr uint32_t blank_paper = 14;  // between an edge and the first printed row
 constexpr uint32_t cut_height = 15;
-constexpr uint32_t bullet_radius = 6;
+constexpr uint64_t bullet_radius = 6;
 constexpr uint32_t bullet_x = 30;  // from the paper's right edge
 constexpr uint32_t words_x = 44;
 constexpr uint64_t progress_rows = 20'000;
@@ -190,7 +190,7 @@ void paint_label(const Layout &layout, const Label &label, uint64_t y, std::vect
         std::fill(out.begin() + elbow, out.begin() + centre, faint);
     }
     const uint64_t distance = y > middle ? y - middle : middle - y;
-    for (uint32_t dx = 0; dx <= bullet_radius; ++dx) {
+    for (uint64_t dx = 0; dx <= bullet_radius; ++dx) {
         if (dx * dx + distance * distance <= bullet_radius * bullet_radius + 2) {
             out[centre + dx] = label.colour;
             out[centre - dx] = label.colour;

@@ -5,6 +5,7 @@
 #include <png.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 
 namespace preview {
@@ -112,7 +113,7 @@ bool PngWriter::open(const std::string &path, uint32_t width, uint32_t height, u
     for (const Colour &colour : palette) {
         colours.push_back({colour.red, colour.green, colour.blue});
     }
-    const auto dots_a_metre = static_cast<png_uint_32>(dpi * inches_a_metre + 0.5);
+    const auto dots_a_metre = static_cast<png_uint_32>(std::lround(dpi * inches_a_metre));
     if (!write_header(handles_->png, handles_->info, file_, width, height, dots_a_metre,
                       colours.empty() ? nullptr : colours.data(), static_cast<int>(colours.size()))) {
         return fail(path + ": the picture's header can not be written");

@@ -70,7 +70,7 @@ std::string upc_e_digits(const std::string &number)
 
 std::string encoder_text(const SymbolRequest &request)
 {
-    const std::string text(request.data.begin(), request.data.end());
+    std::string text(request.data.begin(), request.data.end());
     if (request.type != SymbolRequest::Type::bar_code) {
         return text;
     }
