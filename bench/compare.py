@@ -101,7 +101,7 @@ def verdicts(job, runs):
     traced, untraced = harness.best(runs[TRACED]), harness.best(runs[UNTRACED])
     floor = harness.best(runs["floor"])
     lines = []
-    if stock and job.version == 3 and job.copies == 1:
+    if stock:
         lines.append(("%s: CPU with trace / fastest stock (%s)" % (job.title, stock),
                       traced / harness.best(runs[stock]), 1.0 if job.pages == 1 else 0.75))
     lines.append(("%s: CPU without trace / floor" % job.title, untraced / floor, 1.15))

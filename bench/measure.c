@@ -4,9 +4,9 @@
  *     measure ROUNDS CASES
  *
  * CASES is a file with one case a line, its fields divided by tabs: name, trace, output, standard input, PPD,
- * recording, program, arguments. Trace is "on"; "off" to put a directory where the trace file would go; or a path, to have the trace
- * written there by way of a symbolic link. Output is
- * "pipe" (as under the scheduler; drained here) or "null". The recording is for the floor program.
+ * recording, program, arguments. Trace is "on"; "off" to put a directory where the trace file would go; or a path, to
+ * have the trace written there by way of a symbolic link. Output is "pipe" (as under the scheduler; drained here) or
+ * "null". The recording is for the floor program.
  *
  * A line of the result: name, user and system time in microseconds, wall time in microseconds, peak memory in KiB,
  * minor page faults, exit status, bytes that came out.
