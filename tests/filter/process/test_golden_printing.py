@@ -216,6 +216,15 @@ class Finishing(JobTest):
         self.assertIn(b"-print_cut_page finished(-3) fail!\n", actual.trace)
 
 
+class EveryModel(JobTest):
+    def test_every_model_of_the_catalogue_prints_as_its_family_does(self):
+        rows = blank(3, 300) + [b"\1\2\0"] * 20
+        for name in sorted({m.name for m in catalogue.models()}):
+            with self.subTest(model=name):
+                for options in ("", "PageSize=72x200 CutMode=1 Drawer1=1 PaperType=1"):
+                    self.run_job(job(page(*rows), options=options, ppd=Ppd(name)))
+
+
 class Distances(JobTest):
     """Millimetres become dots in single precision, cut toward zero."""
 
