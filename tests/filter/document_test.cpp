@@ -238,6 +238,18 @@ TEST(EndDocument, AForwardFeedOfMinusOneIsTracedButNotFed)
     EXPECT_EQ(seen.trace, "+end_doc start.\n\tfwdfeed:-1.\n\tticketmode:0.\n\tticketmode:False.\n-end_doc finished.\n");
 }
 
+// Only -1 stands for no feed; other negative feeds reach the feed, which finds nothing to do.
+TEST(EndDocument, AForwardFeedBelowMinusOneIsTriedAndFeedsNothing)
+{
+    Device device;
+    device.options.postprintaction = 0;
+    device.options.fwdfeed = -2;
+    const Seen seen = run(device, end_doc);
+    EXPECT_EQ(seen.out, "");
+    EXPECT_NE(seen.trace.find("\tfwdfeed:-2.\n+print_blank(blank_counter:-2, save percent 0/4) start.\n"),
+              std::string::npos);
+}
+
 TEST(EndDocument, TheForwardFeedIsInDots)
 {
     Device device;

@@ -234,6 +234,28 @@ TEST(HeldMessages, AreTracedInFull)
     EXPECT_EQ(seen.trace, "INFO: one\nDEBUG: two\n");
 }
 
+// Their trace lines share one write as well, before the messages leave.
+TEST(HeldMessages, ReachTheTraceFileTogether)
+{
+    const MemoryFile trace;
+    klov_trace_init(trace.path().c_str());
+    std::string while_held;
+    std::string at_departure;
+    {
+        const WatchedStream err(stderr, WatchedStream::Buffer::none,
+                                [&](std::string_view) { at_departure = trace.contents(); });
+        hold_messages();
+        msg(level_info, "one");
+        msg(level_info, "two");
+        while_held = trace.contents();
+        release_messages();
+    }
+    klov_trace_exit();
+    klov_trace_handle = nullptr;
+    EXPECT_EQ(while_held, "");
+    EXPECT_EQ(at_departure, "INFO: one\nINFO: two\n");
+}
+
 TEST(HeldMessages, AFatalErrorSendsThemFirst)
 {
     const Ended ended = run_to_end([] {
