@@ -1,21 +1,30 @@
 // The page header in the scheduler's log, for support: what CUPS asked of this page.
 #include "diag/messages.h"
 
+#include <string.h>
+
 namespace {
 
-const char *truth(cups_bool_t value)
+// The stream may hold any number in a field that is declared as an enumeration.
+template <typename Field>
+uint32_t any_number(const Field &field)
 {
-    return value != CUPS_FALSE ? "TRUE" : "FALSE";
+    static_assert(sizeof(Field) == sizeof(uint32_t));
+    uint32_t number;
+    memcpy(&number, &field, sizeof number);
+    return number;
 }
 
-void number_line(const char *name, unsigned value)
+template <typename Field>
+void number_line(const char *name, const Field &field)
 {
-    log_line("INFO: %s:%d\n", name, static_cast<int>(value));
+    log_line("INFO: %s:%d\n", name, static_cast<int>(any_number(field)));
 }
 
-void truth_line(const char *name, cups_bool_t value)
+template <typename Field>
+void truth_line(const char *name, const Field &field)
 {
-    log_line("INFO: %s:%s\n", name, truth(value));
+    log_line("INFO: %s:%s\n", name, any_number(field) != 0 ? "TRUE" : "FALSE");
 }
 
 // A forged header may leave a text without its end: never read past the field.

@@ -26,9 +26,20 @@ constexpr char trace_path[] = "/tmp/klov-raster";
 #define KLOV_HOLD_FILE "/home/klov/rastertoklov.hold"
 #endif
 
-// Both streams get their buffer here: a band leaves with one write.
+// A band leaves with one write.
 char output_buffer[65536];
 raster_guard input;
+
+// A stream that was closed before the filter started must not come back as the trace or the raster file: its place is
+// taken by something that refuses to be written, or read.
+void occupy_standard_streams()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
 
 void open_diagnostics()
 {
@@ -41,9 +52,10 @@ void open_diagnostics()
              KLOV_VERSION_MINOR, KLOV_VERSION_PATCH);
 }
 
-// A vanished backend must show as a failed write and not kill the filter without a word.
-void prepare_output()
+// A vanished backend or scheduler must show as a failed write and not kill the filter without a word.
+void prepare_streams()
 {
+    occupy_standard_streams();
     signal(SIGPIPE, SIG_IGN);
     setvbuf(stdout, output_buffer, _IOFBF, sizeof output_buffer);
 }
@@ -111,6 +123,9 @@ void print_document(printer_dev *device, cups_raster_t *stream)
     start_doc(device);
     trace_line("\tstart_doc.\n");
     print_pages(device, stream);
+    if (input.input.failed && cancel_flag == 0) {
+        error("Unable to read raster data");
+    }
     if (cancel_flag == 0) {
         end_document(device);
     } else {
@@ -124,12 +139,11 @@ void print_document(printer_dev *device, cups_raster_t *stream)
 
 int main(int argc, char **argv)
 {
+    prepare_streams();
     open_diagnostics();
     if (argc < 6 || argc > 7) {
         error("ERROR: rastertoklov job-id user title copies options [file]\n");
     }
-    prepare_output();
-
     const size_t options_size = strlen(argv[5]) + 1;
     char *options = static_cast<char *>(memcpy(alloca(options_size), argv[5], options_size));
     printer_dev *device = nullptr;

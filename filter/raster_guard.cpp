@@ -1,8 +1,7 @@
 // The guard between the raster stream and CUPS.
 //
-// Where a header begins is known without decoding the rows: it is what CUPS reads first when it is asked for a header,
-// provided that it holds no bytes back. It reads ahead only in compressed streams, a buffer at a time, whenever it
-// needs a few bytes; such a request gets one byte.
+// A header is what CUPS reads first when it is asked for one, provided that it holds no bytes back. It reads ahead only
+// in compressed streams; there it is given no byte beyond the page.
 #include "filter/raster_guard.h"
 
 #include <stddef.h>
@@ -10,10 +9,11 @@
 
 namespace {
 
-constexpr size_t least_read_ahead = 65536;
-
 // Small, and a whole number of pixels of every depth that is in use.
 constexpr uint32_t harmless_row = 5040;
+
+// CUPS refuses a header with a longer row by itself, before it reserves anything.
+constexpr uint32_t longest_row_of_cups = INT32_MAX;
 
 // CUPS goes on asking until it has all of a header, so nobody waits longer for it here.
 ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)
@@ -47,17 +47,67 @@ void note_format(raster_guard &guard, const unsigned char *bytes)
     }
 }
 
+uint32_t header_field(const raster_guard &guard, const unsigned char *header, size_t offset)
+{
+    uint32_t value;
+    memcpy(&value, header + offset, sizeof value);
+    return guard.swapped ? __builtin_bswap32(value) : value;
+}
+
+// The number that CUPS is shown is as good or as bad as the real one in all that CUPS tests.
 void hide_forged_row(raster_guard &guard, unsigned char *header)
 {
-    unsigned char *field = header + offsetof(cups_page_header_t, cupsBytesPerLine);
-    uint32_t row;
-    memcpy(&row, field, sizeof row);
-    row = guard.swapped ? __builtin_bswap32(row) : row;
-    if (row > guard.longest_row) {
+    constexpr size_t offset = offsetof(cups_page_header_t, cupsBytesPerLine);
+    const uint32_t row = header_field(guard, header, offset);
+    if (row > guard.longest_row && row <= longest_row_of_cups) {
         guard.real_row = row;
-        const uint32_t shown = guard.swapped ? __builtin_bswap32(harmless_row) : harmless_row;
-        memcpy(field, &shown, sizeof shown);
+        const uint32_t shown = harmless_row + row % harmless_row;
+        const uint32_t stored = guard.swapped ? __builtin_bswap32(shown) : shown;
+        memcpy(header + offset, &stored, sizeof stored);
     }
+}
+
+void expect_page(raster_guard &guard, const unsigned char *header)
+{
+    const bool chunked =
+        header_field(guard, header, offsetof(cups_page_header_t, cupsColorOrder)) == CUPS_ORDER_CHUNKED;
+    const uint32_t bits = header_field(
+        guard, header,
+        chunked ? offsetof(cups_page_header_t, cupsBitsPerPixel) : offsetof(cups_page_header_t, cupsBitsPerColor));
+    guard.page = {};
+    guard.page.rows_left = header_field(guard, header, offsetof(cups_page_header_t, cupsHeight));
+    guard.page.row_size = header_field(guard, header, offsetof(cups_page_header_t, cupsBytesPerLine));
+    guard.page.pixel_size = bits > 8 ? (bits - 1) / 8 + 1 : 1;
+    guard.page_bytes = 0;
+}
+
+ssize_t read_header_bytes(raster_guard &guard, unsigned char *buffer, size_t length)
+{
+    const ssize_t count = read_whole(guard.input, buffer, length);
+    guard.at_header = false;
+    if (count == static_cast<ssize_t>(length)) {
+        hide_forged_row(guard, buffer);
+        expect_page(guard, buffer);
+    }
+    return count;
+}
+
+// Rows of a compressed page. CUPS asks for no more of them when the page has ended; should it do so all the same, it
+// knows better.
+ssize_t read_page_bytes(raster_guard &guard, unsigned char *buffer, size_t length)
+{
+    if (guard.page_bytes == 0) {
+        const ssize_t waiting = fill_input(&guard.input);
+        if (waiting <= 0) {
+            return waiting;
+        }
+        guard.page_bytes =
+            walk_page(guard.page, guard.input.bytes + guard.input.position, static_cast<size_t>(waiting));
+    }
+    const size_t known = guard.page_bytes > 0 ? guard.page_bytes : 1;
+    const ssize_t count = read_raster(&guard.input, buffer, length < known ? length : known);
+    guard.page_bytes -= guard.page_bytes > 0 && count > 0 ? static_cast<size_t>(count) : 0;
+    return count;
 }
 
 }  // namespace
@@ -81,14 +131,9 @@ ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length)
         return count;
     }
     if (state.at_header && length == state.header_size) {
-        const ssize_t count = read_whole(state.input, buffer, length);
-        state.at_header = false;
-        if (count == static_cast<ssize_t>(length)) {
-            hide_forged_row(state, buffer);
-        }
-        return count;
+        return read_header_bytes(state, buffer, length);
     }
-    return read_raster(&state.input, buffer, state.compressed && length >= least_read_ahead ? 1 : length);
+    return state.compressed ? read_page_bytes(state, buffer, length) : read_raster(&state.input, buffer, length);
 }
 
 unsigned read_guarded_header(raster_guard &guard, cups_raster_t *stream, cups_page_header_t *header)

@@ -2,6 +2,7 @@
 // sees the header. CUPS is shown a small number instead; page processing gets the real one and refuses it.
 #pragma once
 
+#include "filter/compressed_page.h"
 #include "filter/raster_input.h"
 
 #include <cups/raster.h>
@@ -12,9 +13,11 @@ struct raster_guard {
     bool at_format;        // the stream's first word has not been read yet
     bool at_header;        // the next bytes are a page header
     bool compressed;
-    bool swapped;        // the stream's numbers are in the other byte order
-    size_t header_size;  // 0: the format has no header of ours
-    uint32_t real_row;   // the row length that CUPS was not shown, 0 when it was
+    bool swapped;          // the stream's numbers are in the other byte order
+    size_t header_size;    // 0: the format has no header of ours
+    uint32_t real_row;     // the row length that CUPS was not shown, 0 when it was
+    compressed_page page;  // in a compressed stream: the page that is being read
+    size_t page_bytes;     // of the bytes that wait in the input, those known to belong to the page
 };
 
 // Get ready for a stream from the descriptor.

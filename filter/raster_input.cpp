@@ -2,38 +2,59 @@
 #include "filter/raster_input.h"
 
 #include <errno.h>
+#include <poll.h>
 #include <string.h>
 #include <unistd.h>
 
 namespace {
 
-ssize_t read_some(int descriptor, uint8_t *buffer, size_t length)
+// Whoever started the filter may have made its input non-blocking; bytes that are not there yet are no error.
+bool may_try_again(int descriptor)
+{
+    if (errno == EAGAIN) {
+        pollfd waiting = {descriptor, POLLIN, 0};
+        poll(&waiting, 1, -1);
+        return true;
+    }
+    return errno == EINTR;
+}
+
+ssize_t read_some(raster_input &source, uint8_t *buffer, size_t length)
 {
     ssize_t count;
     do {
-        count = read(descriptor, buffer, length);
-    } while (count < 0 && errno == EINTR);
+        count = read(source.descriptor, buffer, length);
+    } while (count < 0 && may_try_again(source.descriptor));
+    source.failed = source.failed || count < 0;
     return count;
 }
 
 }  // namespace
 
-ssize_t read_raster(void *input, unsigned char *buffer, size_t length)
+ssize_t fill_input(raster_input *input)
 {
-    raster_input &source = *static_cast<raster_input *>(input);
-    if (source.position == source.filled) {
-        if (length >= sizeof source.bytes) {
-            return read_some(source.descriptor, buffer, length);
-        }
-        const ssize_t count = read_some(source.descriptor, source.bytes, sizeof source.bytes);
+    if (input->position == input->filled) {
+        const ssize_t count = read_some(*input, input->bytes, sizeof input->bytes);
         if (count <= 0) {
             return count;
         }
-        source.position = 0;
-        source.filled = static_cast<size_t>(count);
+        input->position = 0;
+        input->filled = static_cast<size_t>(count);
     }
-    const size_t available = source.filled - source.position;
-    const size_t count = length < available ? length : available;
+    return static_cast<ssize_t>(input->filled - input->position);
+}
+
+ssize_t read_raster(void *input, unsigned char *buffer, size_t length)
+{
+    raster_input &source = *static_cast<raster_input *>(input);
+    if (source.position == source.filled && length >= sizeof source.bytes) {
+        return read_some(source, buffer, length);
+    }
+    const ssize_t available = fill_input(&source);
+    if (available <= 0) {
+        return available;
+    }
+    const size_t count = length < static_cast<size_t>(available) ? length : static_cast<size_t>(available);
     memcpy(buffer, source.bytes + source.position, count);
     source.position += count;
     return static_cast<ssize_t>(count);
