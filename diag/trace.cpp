@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 FILE *klov_trace_handle = nullptr;
+FILE *closed_trace = nullptr;
 
 namespace {
 
@@ -28,10 +29,6 @@ void send_pending()
         pending_length = 0;
     }
 }
-
-// What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
-// were its memory given back, the next stream that anybody opens would sit at the same address and look closed.
-FILE *closed_trace = nullptr;
 
 // Closes the stream but keeps the FILE object: opening the empty name always fails, after the old file was closed.
 void close_trace()
@@ -119,7 +116,11 @@ constexpr hex_table make_hex_table()
 constexpr hex_table hex = make_hex_table();
 static_assert(sizeof(hex_word) == 8);
 
-// Puts the bytes' words to out, which has room for a whole table entry behind the last one. Returns the end.
+// Eight bytes in words: a step of the loop below, and what it can repeat.
+struct hex_step {
+    char text[8 * longest_word];
+};
+
 char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
 {
     for (uint32_t i = 0; i < size; ++i) {
@@ -128,6 +129,30 @@ char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
         out += word.length;
     }
     return out;
+}
+
+// Puts the bytes' words to out, which has room for a whole step behind the last one. Returns the end. White, black and
+// patterned areas repeat the same bytes: their words are copied from the step before.
+char *put_hex(char *out, const uint8_t *bytes, uint32_t size)
+{
+    uint32_t at = 0;
+    uint64_t last = 0;
+    ptrdiff_t last_length = 0;
+    for (; size - at >= 8; at += 8) {
+        uint64_t word;
+        memcpy(&word, bytes + at, sizeof word);
+        if (word == last && last_length > 0) {
+            const hex_step step = *reinterpret_cast<hex_step *>(out - last_length);
+            *reinterpret_cast<hex_step *>(out) = step;
+            out += last_length;
+            continue;
+        }
+        const char *end = put_hex_words(out, bytes + at, 8);
+        last = word;
+        last_length = end - out;
+        out += last_length;
+    }
+    return put_hex_words(out, bytes + at, size - at);
 }
 
 // Appends to the pending lines; a text that is longer than all of them goes out by itself.
@@ -163,18 +188,13 @@ void append_text(const char *text, size_t length)
 void put_text(FILE *stream, const char *text)
 {
     if (stream == klov_trace_handle) {
-        trace_piece(text);
+        append_text(text, strlen(text));
     } else {
         fputs(text, stream);
     }
 }
 
 }  // namespace
-
-bool trace_is_open()
-{
-    return klov_trace_handle != nullptr && klov_trace_handle != closed_trace;
-}
 
 int32_t klov_trace_init(const char *target)
 {
@@ -235,18 +255,16 @@ void trace_line(const char *format, ...)
     trace_flush();
 }
 
-void trace_piece(const char *text)
+void trace_piece(const char *text, size_t length)
 {
-    if (trace_is_open()) {
-        append_text(text, strlen(text));
-    }
+    append_text(text, length);
 }
 
 void trace_piece(int32_t number)
 {
-    char digits[12];
-    char *first = digits + sizeof digits - 1;
-    *first = '\0';
+    char digits[11];
+    char *const end = digits + sizeof digits;
+    char *first = end;
     uint32_t rest = number < 0 ? 0U - static_cast<uint32_t>(number) : static_cast<uint32_t>(number);
     do {
         *--first = static_cast<char>('0' + rest % 10);
@@ -255,7 +273,7 @@ void trace_piece(int32_t number)
     if (number < 0) {
         *--first = '-';
     }
-    trace_piece(first);
+    append_text(first, static_cast<size_t>(end - first));
 }
 
 void trace_hex(const uint8_t *bytes, uint32_t size)
@@ -265,9 +283,9 @@ void trace_hex(const uint8_t *bytes, uint32_t size)
     }
     while (size > 0) {
         const size_t room = pending_size - pending_length;
-        const size_t fitting = room > sizeof(hex_word) ? (room - sizeof(hex_word)) / longest_word : 0;
+        const size_t fitting = room > sizeof(hex_step) ? (room - sizeof(hex_step)) / longest_word : 0;
         const uint32_t count = size < fitting ? size : static_cast<uint32_t>(fitting);
-        const char *end = put_hex_words(pending + pending_length, bytes, count);
+        const char *end = put_hex(pending + pending_length, bytes, count);
         pending_length = static_cast<size_t>(end - pending);
         bytes += count;
         size -= count;
@@ -275,6 +293,22 @@ void trace_hex(const uint8_t *bytes, uint32_t size)
             send_pending();
         }
     }
+}
+
+void trace_finished(const char *operation, int32_t status)
+{
+    if (!trace_is_open()) {
+        return;
+    }
+    trace_piece("-");
+    append_text(operation, strlen(operation));
+    trace_put(" finished(", status);
+    if (status == 0) {
+        trace_piece(") success.\n");
+    } else {
+        trace_piece(") fail!\n");
+    }
+    trace_flush();
 }
 
 void trace_flush()

@@ -6,10 +6,18 @@
 #pragma once
 
 #include <klov/trace.h>
+#include <stddef.h>
 #include <stdint.h>
 
+// What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
+// were its memory given back, the next stream that anybody opens would sit at the same address and look closed.
+extern FILE *closed_trace;
+
 // Whether there is a trace to write to. A trace that klov_trace_exit() has closed is none, though the handle stays.
-bool trace_is_open();
+inline bool trace_is_open()
+{
+    return klov_trace_handle != nullptr && klov_trace_handle != closed_trace;
+}
 
 // Append a piece of a line, printf style, without a flush.
 __attribute__((format(printf, 1, 2))) void trace_text(const char *format, ...);
@@ -22,14 +30,25 @@ void trace_hex(const uint8_t *bytes, uint32_t size);
 
 void trace_flush();
 
-// One piece of a line: a text or a number.
-void trace_piece(const char *text);
+// The line that closes a printer operation: its name and result. Flushed.
+void trace_finished(const char *operation, int32_t status);
+
+// Append a text or a number to an open trace.
+void trace_piece(const char *text, size_t length);
 void trace_piece(int32_t number);
 
-// Append pieces without a flush: the same as trace_text() at a fraction of its cost, for the lines that every band
-// writes.
-template <typename... Piece>
-inline void trace_put(Piece... piece)
+template <size_t size>
+inline void trace_piece(const char (&text)[size])
 {
-    (trace_piece(piece), ...);
+    trace_piece(text, size - 1);
+}
+
+// Append literal texts and numbers without a flush: the same as trace_text() at a fraction of its cost, for the lines
+// that every band writes.
+template <typename... Piece>
+inline void trace_put(const Piece &...piece)
+{
+    if (trace_is_open()) {
+        (trace_piece(piece), ...);
+    }
 }

@@ -131,8 +131,13 @@ int32_t print_trimmed_section(printer_dev *dev, const section &part, uint32_t le
         trace_put("\tcmd_shift_dotline");
         margin_status = write_left_margin(options, left);
     }
+    // A fixed-width model that shifts lines would ask for more than the row has behind its left cut.
+    const uint32_t present = width < part.stride - left ? width : part.stride - left;
+    if (present < width) {
+        memset(dev->data_buf, 0, static_cast<size_t>(width) * static_cast<size_t>(part.count));
+    }
     for (int32_t row = 0; row < part.count; ++row) {
-        memcpy(dev->data_buf + static_cast<size_t>(row) * width, row_of(part, row) + left, width);
+        memcpy(dev->data_buf + static_cast<size_t>(row) * width, row_of(part, row) + left, present);
     }
     const int32_t status = write_raster_header(options, width, part.count);
     if (status != KLOV_OK) {
@@ -199,7 +204,6 @@ int32_t print_dotline(printer_dev *dev, const uint8_t *pData, uint32_t dwWidthBy
         start += count;
     }
     flush_output();
-    trace_put("-print_dotline finished(", status, status == KLOV_OK ? ") success.\n" : ") fail!\n");
-    trace_flush();
+    trace_finished("print_dotline", status);
     return status;
 }

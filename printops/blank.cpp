@@ -65,7 +65,6 @@ int32_t print_blank(printer_dev *dev, int32_t blank_counter)
     }
     flush_output();
     dev->state->unfed_blank_rows += rows;
-    trace_put("-print_blank finished(", status, status == KLOV_OK ? ") success.\n" : ") fail!\n");
-    trace_flush();
+    trace_finished("print_blank", status);
     return status;
 }

@@ -36,7 +36,7 @@ int32_t finish(const char *operation, int32_t status, const command &made, int32
     for (int32_t i = 0; status == KLOV_OK && i < times; ++i) {
         write_bytes(made.bytes, static_cast<int32_t>(made.length));
     }
-    trace_line("-%s finished(%d) %s\n", operation, status, status == KLOV_OK ? "success." : "fail!");
+    trace_finished(operation, status);
     return status;
 }
 

@@ -12,10 +12,19 @@ inline uint64_t load_word(const uint8_t *from)
     return word;
 }
 
+// Whether the 32 bytes from there on are blank.
+inline bool are_blank_32(const uint8_t *from)
+{
+    return (load_word(from) | load_word(from + 8) | load_word(from + 16) | load_word(from + 24)) == 0;
+}
+
 // Number of bytes before the row's first ink; width for a blank row.
 inline uint32_t blank_bytes_at_left(const uint8_t *row, uint32_t width)
 {
     uint32_t at = 0;
+    while (width - at >= 32 && are_blank_32(row + at)) {
+        at += 32;
+    }
     while (width - at >= 8 && load_word(row + at) == 0) {
         at += 8;
     }
@@ -25,15 +34,34 @@ inline uint32_t blank_bytes_at_left(const uint8_t *row, uint32_t width)
     return at;
 }
 
+// Whether there is no ink at all; where it begins is not asked.
 inline bool row_is_blank(const uint8_t *row, uint32_t width)
 {
-    return blank_bytes_at_left(row, width) == width;
+    uint32_t at = 0;
+    for (; width - at >= 32; at += 32) {
+        if (!are_blank_32(row + at)) {
+            return false;
+        }
+    }
+    for (; width - at >= 8; at += 8) {
+        if (load_word(row + at) != 0) {
+            return false;
+        }
+    }
+    uint8_t rest = 0;
+    for (; at < width; ++at) {
+        rest |= row[at];
+    }
+    return rest == 0;
 }
 
 // Index of the row's last ink byte + 1, or floor when there is no ink at or behind floor.
 inline uint32_t inked_bytes(const uint8_t *row, uint32_t width, uint32_t floor)
 {
     uint32_t end = width;
+    while (end - floor >= 32 && are_blank_32(row + end - 32)) {
+        end -= 32;
+    }
     while (end - floor >= 8 && load_word(row + end - 8) == 0) {
         end -= 8;
     }
