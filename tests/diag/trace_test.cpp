@@ -106,7 +106,7 @@ TEST_F(Trace, TextsOfAnyLengthArriveWholeAndInOrder)
         const std::string text(length, 'x');
         open_trace("job");
         trace_text("first ");
-        trace_put(text.c_str());
+        trace_piece(text.c_str(), text.size());
         trace_text("%s", text.c_str());
         trace_line("last\n");
         std::string expected = "first ";
