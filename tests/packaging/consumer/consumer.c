@@ -2,7 +2,8 @@
 #include <klov/klov.h>
 #include <stdio.h>
 
-int main(void) {
+int main(void)
+{
     const model_brief *model = klov_printer_model_brief_find_by_name("QX-100");
     uint8_t buf[8];
     uint32_t len = 0;
