@@ -118,7 +118,7 @@ Layout lay_out(const Reader &reader, const Section &section, uint32_t margin)
     layout.paper_left = desk_border;
     layout.paper_width = reader.options().width + 2 * margin;
     const std::vector<LabelText> texts = stack_bands(layout, reader, section);
-    layout.labels = stack_labels(texts, layout.height / label_height + 20);
+    layout.labels = stack_labels(texts, static_cast<size_t>(layout.height / label_height + 20));
     uint32_t beside = 0;
     uint64_t bottom = layout.height;
     for (const Label &label : layout.labels) {
@@ -190,7 +190,7 @@ void paint_label(const Layout &layout, const Label &label, uint64_t y, std::vect
         std::fill(out.begin() + elbow, out.begin() + centre, faint);
     }
     const uint64_t distance = y > middle ? y - middle : middle - y;
-    for (uint64_t dx = 0; dx <= bullet_radius; ++dx) {
+    for (uint32_t dx = 0; dx <= bullet_radius; ++dx) {
         if (dx * dx + distance * distance <= bullet_radius * bullet_radius + 2) {
             out[centre + dx] = label.colour;
             out[centre - dx] = label.colour;

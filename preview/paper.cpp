@@ -25,21 +25,22 @@ void Paper::clear()
 bool Paper::extend(uint64_t rows)
 {
     if (rows > slots_.size()) {
-        slots_.resize(std::min(rows, max_rows_));
+        slots_.resize(static_cast<size_t>(std::min(rows, max_rows_)));
     }
     return rows <= max_rows_;
 }
 
 Bytes Paper::row(uint64_t index) const
 {
-    if (index >= slots_.size() || slots_[index] == 0) {
+    const size_t at = static_cast<size_t>(index);
+    if (index >= slots_.size() || slots_[at] == 0) {
         return {};
     }
-    const uint32_t slot = slots_[index] - 1;
+    const uint32_t slot = slots_[at] - 1;
     return {blocks_[slot / rows_per_block].get() + slot % rows_per_block * stride_, stride_};
 }
 
-uint8_t *Paper::slot_of(uint64_t row)
+uint8_t *Paper::slot_of(size_t row)
 {
     if (slots_[row] == 0) {
         if (used_slots_ % rows_per_block == 0) {
@@ -64,7 +65,7 @@ void Paper::print(uint64_t row, int64_t x, Bytes bits, uint32_t dots, uint32_t l
         if (bits[i] == 0) {
             continue;
         }
-        slot = slot == nullptr ? slot_of(row) : slot;
+        slot = slot == nullptr ? slot_of(static_cast<size_t>(row)) : slot;
         const int64_t byte_x = x + static_cast<int64_t>(i) * 8;
         const bool whole = byte_x % 8 == 0 && byte_x >= clip_left && byte_x + 8 <= clip_right && (i + 1) * 8 <= dots;
         if (whole) {

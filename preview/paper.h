@@ -35,7 +35,7 @@ public:
     void clear();
 
 private:
-    uint8_t *slot_of(uint64_t row);
+    uint8_t *slot_of(size_t row);
 
     uint32_t width_;
     size_t stride_;
