@@ -27,6 +27,12 @@ struct strip {
     int32_t count;
 };
 
+// Once printer bytes were lost the job cannot succeed any more: a forged count of rows or copies is not to keep it busy.
+bool printing()
+{
+    return ferror(stdout) == 0;
+}
+
 // Rows of this width that the strip buffer holds.
 uint32_t rows_in_strip(const printer_dev &dev, uint32_t width)
 {
@@ -92,7 +98,7 @@ int32_t print_copy(printer_dev *dev, const cups_page_header_t &header, row_sourc
     int32_t blank_run = 0;
     source.position = 0;
     start_page(dev);
-    for (uint32_t rows_done = 0; rows_done < header.cupsHeight;) {
+    for (uint32_t rows_done = 0; rows_done < header.cupsHeight && printing();) {
         const uint32_t left = header.cupsHeight - rows_done;
         const uint32_t count = left < strip_rows_max ? left : strip_rows_max;
         fill_strip(dev, source, count * width);
@@ -150,7 +156,7 @@ void process_page(printer_dev *dev, const cups_page_header_t *header, cups_raste
         source.page = page;
     }
     int32_t bottom_blanks = dev->state->lastStripBlanksHeight;
-    for (uint32_t copies_left = header->NumCopies; copies_left > 0; --copies_left) {
+    for (uint32_t copies_left = header->NumCopies; copies_left > 0 && printing(); --copies_left) {
         bottom_blanks = print_copy(dev, *header, source, strip_rows_max);
     }
     dev->state->lastStripBlanksHeight = bottom_blanks;

@@ -1,5 +1,5 @@
 // Lets a target survive the ends that the filter's fatal errors put to its process. The program is linked with
-// --wrap=exit; the standard streams go to /dev/null.
+// --wrap for exit, calloc and free; the standard streams go to /dev/null.
 #pragma once
 
 namespace fuzz {
