@@ -129,7 +129,7 @@ TEST(PrintRoundTrip, CompressedPagesEqualWhatTheCodeStandsFor)
         const std::vector<Row> page = random_page(random, width / 8);
         const auto reader = read_back(print_page(device, page), width);
         ASSERT_EQ(reader->paper().rows(), page.size()) << width;
-        uint64_t row = 0;
+        size_t row = 0;
         for (const preview::CommandRecord &command : reader->commands()) {
             ASSERT_EQ(command.name, "print_raster_bit_image");
             const auto used = static_cast<size_t>(command.args[1].value);
