@@ -1,4 +1,5 @@
 // The page header in the scheduler's log, for support: what CUPS asked of this page.
+#include "diag/decimal.h"
 #include "diag/messages.h"
 
 #include <string.h>
@@ -15,43 +16,98 @@ uint32_t any_number(const Field &field)
     return number;
 }
 
-template <typename Field>
-void number_line(const char *name, const Field &field)
+// The forty lines, put together without printf: they come with every page.
+char lines[4096];
+char *line_end = lines;
+
+void put_text(const char *text, size_t length)
 {
-    log_line("INFO: %s:%d\n", name, static_cast<int>(any_number(field)));
+    memcpy(line_end, text, length);
+    line_end += length;
+}
+
+template <size_t size>
+void put(const char (&text)[size])
+{
+    put_text(text, size - 1);
 }
 
 template <typename Field>
-void truth_line(const char *name, const Field &field)
+void put_number(const Field &field)
 {
-    log_line("INFO: %s:%s\n", name, any_number(field) != 0 ? "TRUE" : "FALSE");
+    line_end = put_decimal(line_end, static_cast<int32_t>(any_number(field)));
+}
+
+template <size_t size, typename Field>
+void number_line(const char (&name)[size], const Field &field)
+{
+    put("INFO: ");
+    put(name);
+    put(":");
+    put_number(field);
+    put("\n");
+}
+
+template <size_t size, typename Field>
+void truth_line(const char (&name)[size], const Field &field)
+{
+    put("INFO: ");
+    put(name);
+    if (any_number(field) != 0) {
+        put(":TRUE\n");
+    } else {
+        put(":FALSE\n");
+    }
 }
 
 // A forged header may leave a text without its end: never read past the field.
-void text_line(const char *name, const char (&value)[64])
+template <size_t size>
+void text_line(const char (&name)[size], const char (&value)[64])
 {
-    log_line("INFO: %s:%.64s\n", name, value);
+    put("INFO: ");
+    put(name);
+    put(":");
+    put_text(value, strnlen(value, sizeof value));
+    put("\n");
 }
 
 // The two numbers run together; log readers have always seen them so.
-void pair_line(const char *name, const unsigned (&pair)[2])
+template <size_t size>
+void pair_line(const char (&name)[size], const unsigned (&pair)[2])
 {
-    log_line("INFO: %s:%d%d\n", name, static_cast<int>(pair[0]), static_cast<int>(pair[1]));
+    put("INFO: ");
+    put(name);
+    put(":");
+    put_number(pair[0]);
+    put_number(pair[1]);
+    put("\n");
+}
+
+void box_line(const unsigned (&box)[4])
+{
+    put("INFO: ImagingBoundingBox:left");
+    put_number(box[0]);
+    put(", bottom");
+    put_number(box[1]);
+    put(", right");
+    put_number(box[2]);
+    put(", top");
+    put_number(box[3]);
+    put("\n");
 }
 
 }  // namespace
 
 void dump_header(cups_page_header_t header)
 {
-    const unsigned *box = header.ImagingBoundingBox;
+    line_end = lines;
     number_line("AdvanceDistance", header.AdvanceDistance);
     number_line("AdvanceMedia", header.AdvanceMedia);
     truth_line("Collate", header.Collate);
     number_line("CutMedia", header.CutMedia);
     truth_line("Duplex", header.Duplex);
     pair_line("HWResolution", header.HWResolution);
-    log_line("INFO: ImagingBoundingBox:left%d, bottom%d, right%d, top%d\n", static_cast<int>(box[0]),
-             static_cast<int>(box[1]), static_cast<int>(box[2]), static_cast<int>(box[3]));
+    box_line(header.ImagingBoundingBox);
     truth_line("InsertSheet", header.InsertSheet);
     number_line("cups_jog_t", header.Jog);
     number_line("cups_edge_t", header.LeadingEdge);
@@ -86,4 +142,5 @@ void dump_header(cups_page_header_t header)
     number_line("cupsWidth", header.cupsWidth);
     // The height closes the list once more: on a long log it stands beside the width.
     number_line("cupsHeight", header.cupsHeight);
+    log_text(lines, static_cast<size_t>(line_end - lines));
 }

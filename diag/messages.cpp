@@ -71,6 +71,17 @@ const char *level_word(int32_t level)
 
 }  // namespace
 
+void log_text(const char *text, size_t length)
+{
+    if (holding && length <= sizeof held - held_length) {
+        memcpy(held + held_length, text, length);
+        held_length += length;
+        return;
+    }
+    send_held();
+    fwrite(text, 1, length, stderr);
+}
+
 void log_line(const char *format, ...)
 {
     va_list arguments;

@@ -43,5 +43,8 @@ void dump_header(cups_page_header_t header);
 void hold_messages();
 void release_messages();
 
+// Append text to the scheduler's log as it is.
+void log_text(const char *text, size_t length);
+
 // Append one formatted line to the scheduler's log.
 __attribute__((format(printf, 1, 2))) void log_line(const char *format, ...);

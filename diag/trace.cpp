@@ -4,6 +4,8 @@
 // large buffer, which a flush hands to the system in one write, and bytes are put into words by a table.
 #include "diag/trace.h"
 
+#include "diag/decimal.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
@@ -262,18 +264,8 @@ void trace_piece(const char *text, size_t length)
 
 void trace_piece(int32_t number)
 {
-    char digits[11];
-    char *const end = digits + sizeof digits;
-    char *first = end;
-    uint32_t rest = number < 0 ? 0U - static_cast<uint32_t>(number) : static_cast<uint32_t>(number);
-    do {
-        *--first = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    } while (rest > 0);
-    if (number < 0) {
-        *--first = '-';
-    }
-    append_text(first, static_cast<size_t>(end - first));
+    char digits[longest_decimal];
+    append_text(digits, static_cast<size_t>(put_decimal(digits, number) - digits));
 }
 
 void trace_hex(const uint8_t *bytes, uint32_t size)
