@@ -17,8 +17,8 @@ namespace {
 
 // Forged copies and heights are obeyed; a fuzz run has no time for billions of them.
 constexpr unsigned most_copies = 3;
-constexpr unsigned most_rows = 4000;
-constexpr unsigned most_buffered_bytes = 1U << 20;
+constexpr unsigned most_rows = 600;
+constexpr unsigned most_buffered_bytes = 1U << 17;
 
 struct Device {
     dev_options options;
