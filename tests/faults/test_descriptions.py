@@ -73,6 +73,18 @@ class Descriptions(JobTest):
         self.assert_ends(text + b"*Note: " + b"x" * (4 << 20) + b"\n")
         self.assert_ends(text + b'*Note: "' + b"x\n" * (1 << 20))
 
+    def test_custom_sizes_of_any_width(self):
+        """CUPS holds nobody to the PPD's widest size; the strip is as wide as what was asked for, or not to be had."""
+        work = job(*self.pages(), ppd=roll(variable=True))
+        harness.place_ppd(work)
+        limit = None if faults.is_sanitized() or faults.is_prefixed() else faults.ADDRESS_SPACE
+        for width in ("2000", "99999999", "999999999999", "1e30", "-5", "0", "nan"):
+            for unit in ("", "mm", "in"):
+                work.options = b"PageSize=Custom.%sx10%s" % (width.encode(), unit.encode())
+                with self.subTest(options=work.options):
+                    run = faults.run(work, address_space=limit)
+                    self.assertTrue(run.ended_in_order(), (run.status, run.stderr[-200:]))
+
     def test_scrambled_options(self):
         rng = random.Random(13)
         work = job(*self.pages(), ppd=full_ppd())
