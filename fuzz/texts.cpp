@@ -86,8 +86,9 @@ void wide_error_text(fuzz::Input &input)
     int32_t length = 0;
     format_klov_error_wchar(code, out.as<wchar_t>(), static_cast<int32_t>(size), language, &length);
     format_error_wchar(code, out.as<wchar_t>(), static_cast<int32_t>(size), language, &length);
-    const uint32_t end = size * static_cast<uint32_t>(sizeof(wchar_t));
-    const uint32_t start = end > 0 ? sizeof(wchar_t) * (input.number() % size) : 0;
+    constexpr uint32_t wide = sizeof(wchar_t);
+    const uint32_t end = size * wide;
+    const uint32_t start = size > 0 ? input.number() % size * wide : 0;
     klov_format_error_wchar(code, language, out.as<wchar_t>(), static_cast<int32_t>(start), static_cast<int32_t>(end));
     FUZZ_CHECK(out.intact_outside());
 }
