@@ -36,6 +36,7 @@ struct Pattern {
 // can eat.
 constexpr size_t longest_nul_data = 65535;
 constexpr size_t most_tab_columns = 32;
+constexpr size_t endless = SIZE_MAX / 2;  // no memory holds a command of that length: it is never complete
 
 Token parse_token(std::string_view word)
 {
@@ -118,9 +119,16 @@ struct TailLength {
     size_t needed = 0;  // partial only; counted from the tail's start
 };
 
+// Announced lengths may be more than a small machine can address.
+size_t addressable(uint64_t length)
+{
+    return length < endless ? static_cast<size_t>(length) : endless;
+}
+
 TailLength full(int64_t length)
 {
-    return length < 0 ? TailLength{Match::none, 0, 0} : TailLength{Match::full, static_cast<size_t>(length), 0};
+    return length < 0 ? TailLength{Match::none, 0, 0}
+                      : TailLength{Match::full, addressable(static_cast<uint64_t>(length)), 0};
 }
 
 TailLength find_nul(Bytes tail, size_t longest)
@@ -136,13 +144,14 @@ TailLength find_nul(Bytes tail, size_t longest)
 
 TailLength nv_images_length(Bytes tail, int64_t count)
 {
-    size_t length = 0;
+    uint64_t length = 0;
     for (int64_t i = 0; i < count; ++i) {
         if (tail.size() < length + 4) {
-            return {Match::partial, 0, length + 4};
+            return {Match::partial, 0, addressable(length + 4)};
         }
-        const size_t x = tail[length] + 256U * tail[length + 1];
-        const size_t y = tail[length + 2] + 256U * tail[length + 3];
+        const Bytes size = tail.subspan(static_cast<size_t>(length), 4);
+        const uint64_t x = size[0] + 256U * size[1];
+        const uint64_t y = size[2] + 256U * size[3];
         length += 4 + x * y * 8;
     }
     return full(static_cast<int64_t>(length));

@@ -206,6 +206,14 @@ TEST(Decoder, AnnouncedLengthsCostNothing)
     }
 }
 
+// 32768 by 16384 blocks are 4 GiB, which must not look like nothing to a machine of 32 bits.
+TEST(Decoder, AnImageAsLargeAsAnAddressSpaceIsNeverComplete)
+{
+    preview::Reader reader(preview::Options{});
+    reader.feed(Stream{0x1C, 0x71, 0x01, 0x00, 0x80, 0x00, 0x40, 0x00});
+    EXPECT_FALSE(reader.finish());
+}
+
 TEST(Decoder, ListLinesNameOffsetBytesAndArguments)
 {
     std::vector<std::string> lines;
