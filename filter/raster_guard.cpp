@@ -12,9 +12,6 @@ namespace {
 // Small, and a whole number of pixels of every depth that is in use.
 constexpr uint32_t harmless_row = 5040;
 
-// CUPS refuses a header with a longer row by itself, before it reserves anything.
-constexpr uint32_t longest_row_of_cups = INT32_MAX;
-
 // CUPS goes on asking until it has all of a header, so nobody waits longer for it here.
 ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)
 {
@@ -59,7 +56,7 @@ void hide_forged_row(raster_guard &guard, unsigned char *header)
 {
     constexpr size_t offset = offsetof(cups_page_header_t, cupsBytesPerLine);
     const uint32_t row = header_field(guard, header, offset);
-    if (row > guard.longest_row && row <= longest_row_of_cups) {
+    if (row > guard.longest_row) {
         guard.real_row = row;
         const uint32_t shown = harmless_row + row % harmless_row;
         const uint32_t stored = guard.swapped ? __builtin_bswap32(shown) : shown;
