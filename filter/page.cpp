@@ -27,7 +27,8 @@ struct strip {
     int32_t count;
 };
 
-// Once printer bytes were lost the job cannot succeed any more: a forged count of rows or copies is not to keep it busy.
+// Once printer bytes were lost the job cannot succeed any more: a forged count of rows or copies is not to keep it
+// busy.
 bool printing()
 {
     return ferror(stdout) == 0;
