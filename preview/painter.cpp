@@ -190,7 +190,7 @@ void paint_label(const Layout &layout, const Label &label, uint64_t y, std::vect
         std::fill(out.begin() + elbow, out.begin() + centre, faint);
     }
     const uint64_t distance = y > middle ? y - middle : middle - y;
-    for (uint32_t dx = 0; dx <= bullet_radius; ++dx) {
+    for (uint64_t dx = 0; dx <= bullet_radius; ++dx) {
         if (dx * dx + distance * distance <= bullet_radius * bullet_radius + 2) {
             out[centre + dx] = label.colour;
             out[centre - dx] = label.colour;

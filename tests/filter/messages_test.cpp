@@ -146,6 +146,15 @@ TEST(Codes, ZeroPrintsNothingAndDoesNotExit)
     EXPECT_EQ(ended.out + ended.err + ended.trace, "");
 }
 
+TEST(Codes, ZeroIsNoMessageAtAnyLevel)
+{
+    const Seen seen = observe([] {
+        EXPECT_EQ(msgerrno(level_debug, 0), 0);
+        EXPECT_EQ(msgerrno2(level_info, 0, "x"), 0);
+    });
+    EXPECT_EQ(seen.out + seen.err + seen.trace, "");
+}
+
 TEST(Codes, AreShownWithTheirText)
 {
     int32_t result = 0;

@@ -157,6 +157,17 @@ TEST(Band, FixedWidthModelsCutAPageThatIsTooWide)
                               finished);
 }
 
+// None of these models shifts lines; should one, its rows end in blanks where the page has no more bytes.
+TEST(Band, FixedWidthModelsThatShiftLinesFillTheirRowsWithBlanks)
+{
+    Device device;
+    device.options.model = 0x1955;
+    device.options.printer_width = 2;
+    device.options.issupportshiftline = true;
+    EXPECT_EQ(hex(print_seen(device, bytes("00 00 07  00 00 09"), 3).out),
+              "1D 4C 02 00 1D 76 30 00 02 00 02 00 07 00 09 00 1B 4A 00");
+}
+
 TEST(Band, FixedWidthModelsFeedZeroAfterEverySection)
 {
     Device device;
