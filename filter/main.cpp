@@ -98,7 +98,6 @@ void print_pages(printer_dev *device, cups_raster_t *stream)
         hold_messages();
         page_message(page, header.NumCopies);
         dump_header(header);
-        release_messages();
         process_page(device, &header, stream);
         flush_and_check_output();
     }

@@ -141,6 +141,7 @@ void report_end(const printer_dev *dev)
 void process_page(printer_dev *dev, const cups_page_header_t *header, cups_raster_t *stream)
 {
     msg(level_debug, "process_page start.\n");
+    release_messages();
     const bool printable = header->NumCopies > 0 && header->cupsHeight > 0;
     const uint32_t strip_rows_max = rows_in_strip(*dev, header->cupsBytesPerLine);
     if (printable && strip_rows_max == 0) {
