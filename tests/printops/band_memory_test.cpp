@@ -10,11 +10,15 @@ using namespace kit;
 
 // A request of at least this size fails. The kit's own requests and the C library's stay below it.
 static size_t failing_size = SIZE_MAX;
+// Requests of exactly this size are counted.
+static size_t counted_size = 0;
+static int counted = 0;
 
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size)
 {
+    counted += size == counted_size ? 1 : 0;
     return size >= failing_size ? nullptr : __real_malloc(size);
 }
 
@@ -46,6 +50,24 @@ TEST(BandMemory, WithoutAWorkBufferTheBandIsSilentlyLeftOut)
     EXPECT_EQ(seen.err, "");
     EXPECT_EQ(seen.trace.find("+print_dotline("), 0U);
     EXPECT_EQ(seen.trace.find('\n'), seen.trace.size() - 1) << "more than the start line: " << seen.trace;
+}
+
+TEST(BandMemory, BandsOfOneSizeShareOneWorkBuffer)
+{
+    Device device;
+    device.options.compression = 1;
+    device.options.max_render_height = 1;
+    const std::vector<uint8_t> row(7919, 0x41);
+    device.options.printer_width = static_cast<int32_t>(row.size());
+    device.make_buffers();
+    counted_size = (row.size() + 4) * 2;
+    observe_untraced([&] {
+        for (int band = 0; band < 3; ++band) {
+            EXPECT_EQ(print_dotline(&device.dev, row.data(), static_cast<uint32_t>(row.size()), 1), KLOV_OK);
+        }
+    });
+    counted_size = 0;
+    EXPECT_EQ(counted, 1);
 }
 
 TEST(BandMemory, TheNextBandIsPrintedAgain)

@@ -164,8 +164,10 @@ TEST(Band, FixedWidthModelsThatShiftLinesFillTheirRowsWithBlanks)
     device.options.model = 0x1955;
     device.options.printer_width = 2;
     device.options.issupportshiftline = true;
-    EXPECT_EQ(hex(print_seen(device, bytes("00 00 07  00 00 09"), 3).out),
-              "1D 4C 02 00 1D 76 30 00 02 00 02 00 07 00 09 00 1B 4A 00");
+    device.options.max_render_height = 1;
+    EXPECT_EQ(hex(print_seen(device, bytes("00 00 07  05 06 08"), 3).out),
+              "1D 4C 02 00 1D 76 30 00 02 00 01 00 07 00 1B 4A 00 "
+              "1D 4C 00 00 1D 76 30 00 02 00 01 00 05 06 1B 4A 00");
 }
 
 TEST(Band, FixedWidthModelsFeedZeroAfterEverySection)

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
 
 using namespace kit;
 
@@ -19,7 +18,9 @@ void send(std::string_view block)
 std::string every_byte()
 {
     std::string block(256, '\0');
-    std::iota(block.begin(), block.end(), '\0');
+    for (size_t i = 0; i < block.size(); ++i) {
+        block[i] = static_cast<char>(i);
+    }
     return block;
 }
 
