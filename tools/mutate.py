@@ -210,7 +210,8 @@ def times_of(build):
 
 
 def is_explained(mutant, page):
-    return ("`%s`" % mutant.path) in page and ("`%s`" % mutant.after.replace("|", "\\|")) in page
+    row = "| `%s` | `%s` | `%s` |" % (mutant.path, mutant.before.replace("|", "\\|"), mutant.after.replace("|", "\\|"))
+    return row in page
 
 
 def report(mutants, results, total, seed):

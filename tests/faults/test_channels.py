@@ -2,6 +2,7 @@
 
 import fcntl
 import os
+import socket
 import subprocess
 import threading
 import time
@@ -15,6 +16,7 @@ from cases import JobTest, inked, job, page, roll
 from session import SMALL_PIPE
 
 LOST = b"ERROR:Raster(Unable to write printer data, cups:successful-ok)\n"
+UNREADABLE = b"ERROR:Raster(Unable to read raster data, cups:successful-ok)\n"
 NOBODY = 65534
 CLOSING = b"DEBUG: rastertoklov filter finished\n"
 
@@ -75,6 +77,22 @@ class Channels(JobTest):
             process.stderr.read()
         with open(path, "rb") as file:
             self.assertEqual((process.returncode, file.read()), (0, model.run(long_job()).stdout))
+
+    def test_raster_that_breaks_off_with_an_error_is_no_success(self):
+        """A socket whose far end went away with words unread ends in an error; this one does so after the first page."""
+        work = long_job()
+        near, far = socket.socketpair()
+        with near, far:
+            far.sendall(work.raster[:4 + (len(work.raster) - 4) // 2])
+            near.sendall(b"unread")
+            far.close()
+            with harness.start(work, stdin=near, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+                printed, messages = process.communicate(timeout=faults.TIME_LIMIT)
+        self.assertEqual(process.returncode, 1)
+        self.assertTrue(messages.endswith(UNREADABLE), messages[-200:])
+        self.assertEqual(messages.count(b"PAGE: "), 1)
+        self.assertGreater(len(printed), 72 * 600)
+        self.assertTrue(model.run(work).stdout.startswith(printed))
 
     def test_raster_that_comes_slowly_over_a_non_blocking_pipe(self):
         work = faults.small_job()
