@@ -14,6 +14,8 @@ endif()
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
 
 if(KLOV_SANITIZE)
+  # Instrumented code confuses g++'s search for uninitialized values.
+  list(APPEND klov_warnings -Wno-maybe-uninitialized)
   add_compile_options(-fsanitize=${KLOV_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KLOV_SANITIZE})
 else()

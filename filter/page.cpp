@@ -61,33 +61,43 @@ void feed_run(printer_dev *dev, int32_t &blank_run)
     blank_run = 0;
 }
 
-void print_run(printer_dev *dev, const strip &rows, int32_t end, int32_t &ink_run)
+const uint8_t *row_of(const strip &part, int32_t row)
 {
-    const size_t first = static_cast<size_t>(end - ink_run);
-    print_dotline(dev, rows.rows + first * rows.width, rows.width, ink_run);
-    ink_run = 0;
+    return part.rows + static_cast<size_t>(row) * part.width;
+}
+
+// First row from the given one on that has ink; the strip's count when there is none. Rows lie one after another, so
+// that blank ones are looked through in one go.
+int32_t find_inked_row(const strip &part, int32_t row)
+{
+    const size_t rest = static_cast<size_t>(part.count - row) * part.width;
+    return row + static_cast<int32_t>(blank_bytes_at_left(row_of(part, row), rest) / part.width);
+}
+
+int32_t find_blank_row(const strip &part, int32_t row)
+{
+    while (row < part.count && !row_is_blank(row_of(part, row), part.width)) {
+        row += 1;
+    }
+    return row;
 }
 
 // Print a strip. An inked run ends with the strip at the latest; a blank run is carried into the next strip unless
-// bottom blanks are to be fed. Every strip starts as if a blank row stood above it, so ink at its top flushes the
-// carried run.
-void print_strip(printer_dev *dev, const strip &rows, int32_t &blank_run)
+// bottom blanks are to be fed, and ink at that strip's top then feeds it.
+void print_strip(printer_dev *dev, const strip &part, int32_t &blank_run)
 {
-    int32_t ink_run = 0;
-    for (int32_t row = 0; row < rows.count; ++row) {
-        if (row_is_blank(rows.rows + static_cast<size_t>(row) * rows.width, rows.width)) {
-            if (ink_run > 0) {
-                print_run(dev, rows, row, ink_run);
-            }
-            blank_run += blank_run < INT32_MAX ? 1 : 0;
-            continue;
+    for (int32_t row = 0; row < part.count;) {
+        const int32_t inked = find_inked_row(part, row);
+        const int32_t blank_rows = inked - row;
+        blank_run = blank_run < INT32_MAX - blank_rows ? blank_run + blank_rows : INT32_MAX;
+        if (inked == part.count) {
+            break;
         }
         feed_run(dev, blank_run);
-        ink_run += 1;
+        row = find_blank_row(part, inked);
+        print_dotline(dev, row_of(part, inked), part.width, row - inked);
     }
-    if (ink_run > 0) {
-        print_run(dev, rows, rows.count, ink_run);
-    } else if (dev->devOptions->papersavebottom == 0) {
+    if (dev->devOptions->papersavebottom == 0) {
         feed_run(dev, blank_run);
     }
 }

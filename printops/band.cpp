@@ -48,7 +48,7 @@ uint32_t left_cut(const section &part)
 {
     uint32_t cut = part.stride;
     for (int32_t row = 0; row < part.count && cut > 0; ++row) {
-        cut = blank_bytes_at_left(row_of(part, row), cut);
+        cut = static_cast<uint32_t>(blank_bytes_at_left(row_of(part, row), cut));
     }
     return cut;
 }

@@ -18,10 +18,10 @@ inline bool are_blank_32(const uint8_t *from)
     return (load_word(from) | load_word(from + 8) | load_word(from + 16) | load_word(from + 24)) == 0;
 }
 
-// Number of bytes before the row's first ink; width for a blank row.
-inline uint32_t blank_bytes_at_left(const uint8_t *row, uint32_t width)
+// Number of bytes before the first ink of a row, or of rows side by side; width when there is none.
+inline size_t blank_bytes_at_left(const uint8_t *row, size_t width)
 {
-    uint32_t at = 0;
+    size_t at = 0;
     while (width - at >= 32 && are_blank_32(row + at)) {
         at += 32;
     }
