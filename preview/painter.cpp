@@ -192,8 +192,9 @@ void paint_label(const Layout &layout, const Label &label, uint64_t y, std::vect
     const uint64_t distance = y > middle ? y - middle : middle - y;
     for (uint64_t dx = 0; dx <= bullet_radius; ++dx) {
         if (dx * dx + distance * distance <= bullet_radius * bullet_radius + 2) {
-            out[centre + dx] = label.colour;
-            out[centre - dx] = label.colour;
+            const uint32_t offset = static_cast<uint32_t>(dx);
+            out[centre + offset] = label.colour;
+            out[centre - offset] = label.colour;
         }
     }
     if (y < label.top || y >= label.top + label.text.height) {
