@@ -37,6 +37,7 @@ void close_trace()
 {
     const int saved_errno = errno;
     fflush(klov_trace_handle);
+    // cppcheck-suppress leakReturnValNotUsed ; it is the same stream, or null
     if (freopen("", "w", klov_trace_handle) == nullptr) {
         closed_trace = klov_trace_handle;
     }
@@ -265,7 +266,8 @@ void trace_piece(const char *text, size_t length)
 void trace_piece(int32_t number)
 {
     char digits[longest_decimal];
-    append_text(digits, static_cast<size_t>(put_decimal(digits, number) - digits));
+    const char *end = put_decimal(digits, number);
+    append_text(digits, static_cast<size_t>(end - digits));
 }
 
 void trace_hex(const uint8_t *bytes, uint32_t size)

@@ -144,6 +144,7 @@ int main(int argc, char **argv)
         error("ERROR: rastertoklov job-id user title copies options [file]\n");
     }
     const size_t options_size = strlen(argv[5]) + 1;
+    // cppcheck-suppress allocaCalled ; one block for the whole job, bounded by the system's limit on arguments
     char *options = static_cast<char *>(memcpy(alloca(options_size), argv[5], options_size));
     printer_dev *device = nullptr;
     const int32_t status = klov_printer_dev_creator(options, &device);
