@@ -14,8 +14,10 @@ endif()
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
 
 if(KLOV_SANITIZE)
-  # Instrumented code confuses g++'s search for uninitialized values.
-  list(APPEND klov_warnings -Wno-maybe-uninitialized)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Instrumented code confuses g++'s search for uninitialized values.
+    list(APPEND klov_warnings -Wno-maybe-uninitialized)
+  endif()
   add_compile_options(-fsanitize=${KLOV_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KLOV_SANITIZE})
 else()
