@@ -4,8 +4,6 @@
 // large buffer, which a flush hands to the system in one write, and bytes are put into words by a table.
 #include "diag/trace.h"
 
-#include "diag/decimal.h"
-
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
@@ -24,10 +22,32 @@ constexpr size_t pending_size = 65536;
 char pending[pending_size];
 size_t pending_length = 0;
 
+// The trace that was opened here, and its descriptor: bytes go to it without a detour through the stream, which a
+// flush a band would pay thousands of times. Others are standard output, or a stream of the caller's.
+FILE *own_trace = nullptr;
+int own_descriptor = -1;
+
+void write_out(const char *bytes, size_t size)
+{
+    if (klov_trace_handle != own_trace) {
+        fwrite_unlocked(bytes, 1, size, klov_trace_handle);
+        return;
+    }
+    while (size > 0) {
+        const ssize_t written = write(own_descriptor, bytes, size);
+        if (written > 0) {
+            bytes += written;
+            size -= static_cast<size_t>(written);
+        } else if (written == 0 || errno != EINTR) {
+            return;
+        }
+    }
+}
+
 void send_pending()
 {
     if (pending_length > 0) {
-        fwrite_unlocked(pending, 1, pending_length, klov_trace_handle);
+        write_out(pending, pending_length);
         pending_length = 0;
     }
 }
@@ -41,6 +61,7 @@ void close_trace()
     if (freopen("", "w", klov_trace_handle) == nullptr) {
         closed_trace = klov_trace_handle;
     }
+    own_trace = nullptr;
     errno = saved_errno;
 }
 
@@ -83,6 +104,8 @@ FILE *open_trace(const char *target)
         return nullptr;
     }
     setvbuf(stream, nullptr, _IONBF, 0);
+    own_trace = stream;
+    own_descriptor = fd;
     return stream;
 }
 
@@ -124,38 +147,58 @@ struct hex_step {
     char text[8 * longest_word];
 };
 
-char *put_hex_words(char *out, const uint8_t *bytes, uint32_t size)
+inline char *put_hex_word(char *out, uint8_t byte)
 {
-    for (uint32_t i = 0; i < size; ++i) {
-        const hex_word &word = hex.words[bytes[i]];
-        *reinterpret_cast<hex_word *>(out) = word;
-        out += word.length;
-    }
-    return out;
+    const hex_word &word = hex.words[byte];
+    *reinterpret_cast<hex_word *>(out) = word;
+    return out + word.length;
+}
+
+// Eight bytes, spelt out: a loop's own steps would be a third of its work.
+inline char *put_hex_step(char *out, const uint8_t *bytes)
+{
+    out = put_hex_word(out, bytes[0]);
+    out = put_hex_word(out, bytes[1]);
+    out = put_hex_word(out, bytes[2]);
+    out = put_hex_word(out, bytes[3]);
+    out = put_hex_word(out, bytes[4]);
+    out = put_hex_word(out, bytes[5]);
+    out = put_hex_word(out, bytes[6]);
+    return put_hex_word(out, bytes[7]);
+}
+
+uint64_t load_step(const uint8_t *bytes)
+{
+    uint64_t word;
+    memcpy(&word, bytes, sizeof word);
+    return word;
 }
 
 // Puts the bytes' words to out, which has room for a whole step behind the last one. Returns the end. White, black and
-// patterned areas repeat the same bytes: their words are copied from the step before.
+// patterned areas repeat the same bytes: their words are put again as long as they come.
 char *put_hex(char *out, const uint8_t *bytes, uint32_t size)
 {
     uint32_t at = 0;
-    uint64_t last = 0;
-    ptrdiff_t last_length = 0;
-    for (; size - at >= 8; at += 8) {
-        uint64_t word;
-        memcpy(&word, bytes + at, sizeof word);
-        if (word == last && last_length > 0) {
-            const hex_step step = *reinterpret_cast<hex_step *>(out - last_length);
-            *reinterpret_cast<hex_step *>(out) = step;
-            out += last_length;
+    while (size - at >= 8) {
+        const uint64_t word = load_step(bytes + at);
+        const char *start = out;
+        out = put_hex_step(out, bytes + at);
+        at += 8;
+        if (size - at < 8 || load_step(bytes + at) != word) {
             continue;
         }
-        const char *end = put_hex_words(out, bytes + at, 8);
-        last = word;
-        last_length = end - out;
-        out += last_length;
+        const ptrdiff_t length = out - start;
+        const hex_step step = *reinterpret_cast<const hex_step *>(start);
+        do {
+            *reinterpret_cast<hex_step *>(out) = step;
+            out += length;
+            at += 8;
+        } while (size - at >= 8 && load_step(bytes + at) == word);
     }
-    return put_hex_words(out, bytes + at, size - at);
+    for (; at < size; ++at) {
+        out = put_hex_word(out, bytes[at]);
+    }
+    return out;
 }
 
 // Appends to the pending lines; a text that is longer than all of them goes out by itself.
@@ -180,7 +223,7 @@ void append_text(const char *text, size_t length)
         send_pending();
     }
     if (length > pending_size) {
-        fwrite_unlocked(text, 1, length, klov_trace_handle);
+        write_out(text, length);
         return;
     }
     memcpy(pending + pending_length, text, length);
@@ -263,11 +306,17 @@ void trace_piece(const char *text, size_t length)
     append_text(text, length);
 }
 
-void trace_piece(int32_t number)
+char *trace_room(size_t size)
 {
-    char digits[longest_decimal];
-    const char *end = put_decimal(digits, number);
-    append_text(digits, static_cast<size_t>(end - digits));
+    if (size > pending_size - pending_length) {
+        send_pending();
+    }
+    return pending + pending_length;
+}
+
+void trace_grow(const char *end)
+{
+    pending_length = static_cast<size_t>(end - pending);
 }
 
 void trace_hex(const uint8_t *bytes, uint32_t size)
@@ -294,21 +343,21 @@ void trace_finished(const char *operation, int32_t status)
     if (!trace_is_open()) {
         return;
     }
-    trace_piece("-");
+    trace_put("-");
     append_text(operation, strlen(operation));
-    trace_put(" finished(", status);
     if (status == 0) {
-        trace_piece(") success.\n");
+        trace_put(" finished(", status, ") success.\n");
     } else {
-        trace_piece(") fail!\n");
+        trace_put(" finished(", status, ") fail!\n");
     }
-    trace_flush();
 }
 
 void trace_flush()
 {
     if (trace_is_open()) {
         send_pending();
-        fflush(klov_trace_handle);
+        if (klov_trace_handle != own_trace) {
+            fflush(klov_trace_handle);
+        }
     }
 }

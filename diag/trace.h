@@ -1,13 +1,17 @@
 // Writing to the trace from inside the program. All of it does nothing while no trace is open.
 //
 // What is written is gathered in a buffer in front of the stream; a flush, the next opening or the closing hands it to
-// the system in one write. A line is to be flushed before the step that it announces, so that the trace still tells the
-// truth when the process dies: a process that ends without klov_trace_exit() loses what was gathered.
+// the system in one write. A line is to be flushed before the process does anything that can wait, fail or be seen from
+// outside: bytes leave, the stream is read, a message is logged. So the trace still tells the truth when the process
+// dies, however it dies; no more is lost than lines about steps within memory.
 #pragma once
+
+#include "diag/decimal.h"
 
 #include <klov/trace.h>
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 // What klov_trace_handle pointed to when the trace was closed. The FILE object is kept until the next trace is opened:
 // were its memory given back, the next stream that anybody opens would sit at the same address and look closed.
@@ -30,17 +34,39 @@ void trace_hex(const uint8_t *bytes, uint32_t size);
 
 void trace_flush();
 
-// The line that closes a printer operation: its name and result. Flushed.
+// The line that closes a printer operation: its name and result. No flush: it goes with the next line, or before the
+// next read.
 void trace_finished(const char *operation, int32_t status);
 
-// Append a text or a number to an open trace.
+// Append a text that may be long to an open trace.
 void trace_piece(const char *text, size_t length);
-void trace_piece(int32_t number);
+
+// Room for so many more bytes behind the gathered ones, at most 4096; trace_grow() tells where what was put there ends.
+char *trace_room(size_t size);
+void trace_grow(const char *end);
+
+// The most that a piece takes up, its terminator included.
+template <size_t size>
+constexpr size_t longest_piece(const char (&/*text*/)[size])
+{
+    return size;
+}
+
+constexpr size_t longest_piece(int32_t /*number*/)
+{
+    return longest_decimal;
+}
 
 template <size_t size>
-inline void trace_piece(const char (&text)[size])
+inline char *put_piece(char *out, const char (&text)[size])
 {
-    trace_piece(text, size - 1);
+    memcpy(out, text, size);
+    return out + size - 1;
+}
+
+inline char *put_piece(char *out, int32_t number)
+{
+    return put_decimal(out, number);
 }
 
 // Append literal texts and numbers without a flush: the same as trace_text() at a fraction of its cost, for the lines
@@ -49,6 +75,8 @@ template <typename... Piece>
 inline void trace_put(const Piece &...piece)
 {
     if (trace_is_open()) {
-        (trace_piece(piece), ...);
+        char *out = trace_room((longest_piece(piece) + ...));
+        ((out = put_piece(out, piece)), ...);
+        trace_grow(out);
     }
 }

@@ -44,6 +44,8 @@ void catch_cancellation()
 
 void admit_cancellation()
 {
+    // The handler adds to the trace: it is to find no lines on their way there.
+    trace_flush();
     change_mask(SIG_UNBLOCK);
 }
 

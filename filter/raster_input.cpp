@@ -1,6 +1,8 @@
 // Buffered reading of the raster stream.
 #include "filter/raster_input.h"
 
+#include "diag/trace.h"
+
 #include <errno.h>
 #include <poll.h>
 #include <string.h>
@@ -19,8 +21,10 @@ bool may_try_again(int descriptor)
     return errno == EINTR;
 }
 
+// A read may wait for as long as whoever feeds the stream likes, so the trace is brought up to date first.
 ssize_t read_some(raster_input &source, uint8_t *buffer, size_t length)
 {
+    trace_flush();
     ssize_t count;
     do {
         count = read(source.descriptor, buffer, length);

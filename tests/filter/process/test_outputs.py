@@ -3,13 +3,14 @@
 import os
 import signal
 import subprocess
+import time
 import unittest
 
 import harness
 import model
 import private_tmp
 from cases import JobTest, blank, inked, job, page
-from outcome import differences
+from outcome import Outcome, differences
 from session import Session
 
 LOST = b"ERROR:Raster(Unable to write printer data, cups:successful-ok)\n"
@@ -133,6 +134,53 @@ class TraceFirst(JobTest):
                 self.assertGreaterEqual(len(dumped), got)
                 self.assertEqual(dumped[:got], session.printed)
             self.assertEqual(session.finish().stdout, complete)
+
+
+class KilledWhileWaiting(JobTest):
+    """Lines gather only while the filter works within memory: whenever it waits, the trace holds all of them."""
+
+    STRIP_ROWS = 1024 // 72
+
+    def killed_trace(self, session):
+        session.process.kill()
+        session.process.wait()
+        return Outcome(b"", b"", harness.read_trace(), 0).masked().trace
+
+    def test_for_raster(self):
+        strips = {b"-print_dotline finished(0) success.\n": inked(72, self.STRIP_ROWS),
+                  b"-print_blank finished(0) success.\n": blank(72, self.STRIP_ROWS)}
+        for ending, rows in strips.items():
+            for strips_sent in (1, 2, 3):  # more would fill the small pipe to the printer
+                work = job(page(*rows * 10), options="PaperSaveBottom=0")
+                complete = model.run(work).masked().trace
+                head = len(work.raster) - 72 * len(rows) * 10
+                with Session(work) as session:
+                    session.send(work.raster[:head + 72 * len(rows) * strips_sent])
+                    session.read_messages_until(b"process_page start")
+                    while harness.read_trace().count(ending) < strips_sent:
+                        self.assertLess(time.monotonic(), session.deadline, harness.read_trace()[-300:])
+                        time.sleep(0.002)
+                    trace = self.killed_trace(session)
+                self.assertTrue(trace.endswith(ending), trace[-300:])
+                self.assertEqual(trace, complete[:len(trace)])
+
+    def test_for_a_slow_printer(self):
+        work = job(page(*inked(72, 600)))
+        complete = model.run(work).masked()
+        with Session(work) as session:
+            session.send(work.raster)
+            session.read_messages_until(b"process_page start")
+            before, after = None, harness.read_trace()
+            while before != after:
+                time.sleep(0.1)
+                before, after = after, harness.read_trace()
+            trace = self.killed_trace(session)
+            printed = session.process.stdout.read()
+        self.assertEqual(trace, complete.trace[:len(trace)])
+        self.assertTrue(trace.endswith(b"-write_bytes finished(writed:1).\n"), trace[-300:])
+        self.assertEqual(trace.count(b"+print_dotline"), trace.count(b"-print_dotline") + 1)
+        self.assertEqual(printed, complete.stdout[:len(printed)])
+        self.assertGreater(len(printed), 0)
 
 
 class NoTrace(JobTest):
