@@ -1,7 +1,7 @@
 // The guard between the raster stream and CUPS.
 //
-// A header is what CUPS reads first when it is asked for one, provided that it holds no bytes back. It reads ahead only
-// in compressed streams; there it is given no byte beyond the page.
+// A header is what CUPS reads first when it is asked for one, provided that it holds no bytes back. It would read ahead
+// in compressed streams only, and never gets to see one.
 #include "filter/raster_guard.h"
 
 #include <stddef.h>
@@ -11,6 +11,9 @@ namespace {
 
 // Small, and a whole number of pixels of every depth that is in use.
 constexpr uint32_t harmless_row = 5040;
+
+// A code that is not there in full waits while more is read.
+static_assert(longest_code <= input_kept);
 
 // CUPS goes on asking until it has all of a header, so nobody waits longer for it here.
 ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)
@@ -29,7 +32,8 @@ ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)
     return static_cast<ssize_t>(filled);
 }
 
-void note_format(raster_guard &guard, const unsigned char *bytes)
+// CUPS is shown the same format without compression: its headers are the same.
+void note_format(raster_guard &guard, unsigned char *bytes)
 {
     constexpr uint32_t formats[] = {CUPS_RASTER_SYNCv1, CUPS_RASTER_SYNCv2, CUPS_RASTER_SYNC};
     uint32_t word;
@@ -41,6 +45,11 @@ void note_format(raster_guard &guard, const unsigned char *bytes)
             guard.compressed = format == CUPS_RASTER_SYNCv2;
             guard.header_size = format == CUPS_RASTER_SYNCv1 ? sizeof(cups_page_header_t) : sizeof(cups_page_header2_t);
         }
+    }
+    if (guard.compressed) {
+        constexpr uint32_t shown = CUPS_RASTER_SYNC;
+        const uint32_t stored = guard.swapped ? __builtin_bswap32(shown) : shown;
+        memcpy(bytes, &stored, sizeof stored);
     }
 }
 
@@ -64,18 +73,33 @@ void hide_forged_row(raster_guard &guard, unsigned char *header)
     }
 }
 
-void expect_page(raster_guard &guard, const unsigned char *header)
+// The colours that have white as their highest number; in all others 0 is white, or no ink.
+uint8_t blank_byte(uint32_t color_space)
+{
+    switch (color_space) {
+        case CUPS_CSPACE_W:
+        case CUPS_CSPACE_RGB:
+        case CUPS_CSPACE_RGBW:
+        case CUPS_CSPACE_SW:
+        case CUPS_CSPACE_SRGB:
+        case CUPS_CSPACE_ADOBERGB:
+            return 0xFF;
+        default:
+            return 0;
+    }
+}
+
+bool expect_page(raster_guard &guard, const unsigned char *header)
 {
     const bool chunked =
         header_field(guard, header, offsetof(cups_page_header_t, cupsColorOrder)) == CUPS_ORDER_CHUNKED;
     const uint32_t bits = header_field(
         guard, header,
         chunked ? offsetof(cups_page_header_t, cupsBitsPerPixel) : offsetof(cups_page_header_t, cupsBitsPerColor));
-    guard.page = {};
-    guard.page.rows_left = header_field(guard, header, offsetof(cups_page_header_t, cupsHeight));
-    guard.page.row_size = header_field(guard, header, offsetof(cups_page_header_t, cupsBytesPerLine));
-    guard.page.pixel_size = bits > 8 ? (bits - 1) / 8 + 1 : 1;
-    guard.page_bytes = 0;
+    return expect_rows(guard.page, header_field(guard, header, offsetof(cups_page_header_t, cupsHeight)),
+                       header_field(guard, header, offsetof(cups_page_header_t, cupsBytesPerLine)),
+                       bits > 8 ? (bits - 1) / 8 + 1 : 1,
+                       blank_byte(header_field(guard, header, offsetof(cups_page_header_t, cupsColorSpace))));
 }
 
 ssize_t read_header_bytes(raster_guard &guard, unsigned char *buffer, size_t length)
@@ -84,27 +108,35 @@ ssize_t read_header_bytes(raster_guard &guard, unsigned char *buffer, size_t len
     guard.at_header = false;
     if (count == static_cast<ssize_t>(length)) {
         hide_forged_row(guard, buffer);
-        expect_page(guard, buffer);
+        if (guard.compressed && !expect_page(guard, buffer)) {
+            guard.input.failed = true;
+            return -1;
+        }
     }
     return count;
 }
 
-// Rows of a compressed page. CUPS asks for no more of them when the page has ended; should it do so all the same, it
-// knows better.
-ssize_t read_page_bytes(raster_guard &guard, unsigned char *buffer, size_t length)
+// Rows of a compressed page. Rows that are there are handed on before more of the stream is waited for.
+ssize_t read_rows(raster_guard &guard, unsigned char *buffer, size_t length)
 {
-    if (guard.page_bytes == 0) {
-        const ssize_t waiting = fill_input(&guard.input);
-        if (waiting <= 0) {
-            return waiting;
+    raster_input &input = guard.input;
+    size_t done = take_rows(guard.page, buffer, length);
+    while (done < length) {
+        const uint8_t *codes = input.bytes + input.position;
+        const size_t used = unpack_row(guard.page, codes, waiting_bytes(input));
+        input.position += used;
+        if (used == 0) {
+            if (done > 0 || !rows_to_come(guard.page)) {
+                break;
+            }
+            const ssize_t count = read_more(input);
+            if (count <= 0 && !end_rows(guard.page, input.bytes + input.position, waiting_bytes(input))) {
+                return count;
+            }
         }
-        guard.page_bytes =
-            walk_page(guard.page, guard.input.bytes + guard.input.position, static_cast<size_t>(waiting));
+        done += take_rows(guard.page, buffer + done, length - done);
     }
-    const size_t known = guard.page_bytes > 0 ? guard.page_bytes : 1;
-    const ssize_t count = read_raster(&guard.input, buffer, length < known ? length : known);
-    guard.page_bytes -= guard.page_bytes > 0 && count > 0 ? static_cast<size_t>(count) : 0;
-    return count;
+    return static_cast<ssize_t>(done);
 }
 
 }  // namespace
@@ -114,6 +146,11 @@ void start_guard(raster_guard &guard, int descriptor, uint32_t longest_row)
     guard.input.descriptor = descriptor;
     guard.longest_row = longest_row;
     guard.at_format = true;
+}
+
+void end_guard(raster_guard &guard)
+{
+    free_rows(guard.page);
 }
 
 ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length)
@@ -130,7 +167,7 @@ ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length)
     if (state.at_header && length == state.header_size) {
         return read_header_bytes(state, buffer, length);
     }
-    return state.compressed ? read_page_bytes(state, buffer, length) : read_raster(&state.input, buffer, length);
+    return state.compressed ? read_rows(state, buffer, length) : read_raster(&state.input, buffer, length);
 }
 
 unsigned read_guarded_header(raster_guard &guard, cups_raster_t *stream, cups_page_header_t *header)

@@ -35,30 +35,29 @@ ssize_t read_some(raster_input &source, uint8_t *buffer, size_t length)
 
 }  // namespace
 
-ssize_t fill_input(raster_input *input)
+ssize_t read_more(raster_input &input)
 {
-    if (input->position == input->filled) {
-        const ssize_t count = read_some(*input, input->bytes, sizeof input->bytes);
-        if (count <= 0) {
-            return count;
-        }
-        input->position = 0;
-        input->filled = static_cast<size_t>(count);
-    }
-    return static_cast<ssize_t>(input->filled - input->position);
+    const size_t waiting = waiting_bytes(input);
+    const size_t start = input_kept - waiting;
+    memmove(input.bytes + start, input.bytes + input.position, waiting);
+    input.position = start;
+    input.filled = input_kept;
+    const ssize_t count = read_some(input, input.bytes + input_kept, input_chunk);
+    input.filled += count > 0 ? static_cast<size_t>(count) : 0;
+    return count;
 }
 
 ssize_t read_raster(void *input, unsigned char *buffer, size_t length)
 {
     raster_input &source = *static_cast<raster_input *>(input);
-    if (source.position == source.filled && length >= sizeof source.bytes) {
-        return read_some(source, buffer, length);
+    if (waiting_bytes(source) == 0) {
+        const ssize_t read = length >= input_chunk ? read_some(source, buffer, length) : read_more(source);
+        if (read <= 0 || length >= input_chunk) {
+            return read;
+        }
     }
-    const ssize_t available = fill_input(&source);
-    if (available <= 0) {
-        return available;
-    }
-    const size_t count = length < static_cast<size_t>(available) ? length : static_cast<size_t>(available);
+    const size_t waiting = waiting_bytes(source);
+    const size_t count = length < waiting ? length : waiting;
     memcpy(buffer, source.bytes + source.position, count);
     source.position += count;
     return static_cast<ssize_t>(count);

@@ -102,6 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         fuzz::survives(job);
         cupsRasterClose(stream);
     }
+    end_guard(guard);
     klov_trace_exit();
     return 0;
 }

@@ -81,6 +81,7 @@ public:
     ~Reading()
     {
         cupsRasterClose(stream);
+        end_guard(*guard_);
     }
     Reading(const Reading &) = delete;
     Reading &operator=(const Reading &) = delete;
