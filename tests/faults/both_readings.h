@@ -92,15 +92,24 @@ inline std::vector<Page> read_by_filter(const std::string &bytes, uint32_t rows_
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
         abort();
     }
-    std::thread writer([&] {
+    size_t sent = 0;
+    const auto send_all = [&](int flags) {
         const size_t step = piece_size > 0 ? piece_size : largest_piece;
-        for (size_t sent = 0; sent < bytes.size(); sent += step) {
-            if (send(ends[1], bytes.data() + sent, std::min(step, bytes.size() - sent), MSG_NOSIGNAL) < 0) {
-                break;
+        while (sent < bytes.size()) {
+            const size_t size = std::min(step, bytes.size() - sent);
+            if (send(ends[1], bytes.data() + sent, size, flags) < 0) {
+                return;
             }
+            sent += size;
         }
         shutdown(ends[1], SHUT_WR);
-    });
+    };
+    // What the socket has no room for is sent while the filter reads.
+    send_all(MSG_NOSIGNAL | MSG_DONTWAIT);
+    std::thread writer;
+    if (sent < bytes.size()) {
+        writer = std::thread(send_all, MSG_NOSIGNAL);
+    }
     static raster_guard guard;
     guard = {};
     start_guard(guard, ends[0], longest_row);
@@ -113,7 +122,9 @@ inline std::vector<Page> read_by_filter(const std::string &bytes, uint32_t rows_
     }
     end_guard(guard);
     close(ends[0]);
-    writer.join();
+    if (writer.joinable()) {
+        writer.join();
+    }
     close(ends[1]);
     return pages;
 }
