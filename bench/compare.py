@@ -113,14 +113,18 @@ def verdicts(job, runs):
 
 
 def start_up(workshop, rounds):
-    """What it costs to get to main() and out again: the filter is turned away for its missing arguments."""
+    """What it costs to get to main(), and to turn away a job without arguments: its messages need CUPS set up."""
     stream = workshop.path("nothing")
     with open(stream, "wb"):
         pass
     empty = harness.make_case("empty", workshop.empty, stream, output="null")
-    refused = harness.make_case("klov", workshop.filter, stream, output="null", trace="off", options="")
-    runs = workshop.run([empty, refused], rounds)
-    return harness.best(runs["klov"]) / harness.best(runs["empty"])
+    started = harness.make_case("started", workshop.start, stream, output="null")
+    refused = harness.make_case("refused", workshop.filter, stream, output="null", trace="off", options="")
+    runs = workshop.run([empty, started, refused], rounds)
+    least = harness.lower_quarter(runs["empty"])
+    return [("start-up to main(): CPU / empty program", harness.lower_quarter(runs["started"]) / least, 1.05),
+            ("start-up to the refusal of a job: CPU / empty program",
+             harness.lower_quarter(runs["refused"]) / least, 1.05)]
 
 
 def jobs_of(quick):
@@ -148,7 +152,7 @@ def main():
     text, groups, limits = [], [], []
     try:
         for job in jobs_of(words.quick):
-            rounds = (10 if words.quick else 25) if job.pages == 1 else (3 if words.quick else 5)
+            rounds = (10 if words.quick else 25) if job.pages == 1 else (3 if words.quick else 9)
             cases, runs = measure(job, workshop, rounds, words.output, trace)
             calls, instructions = {}, {}
             if job.pages == 1 and job.copies == 1:
@@ -161,7 +165,7 @@ def main():
             text.append(part)
             groups.append((job.title, [(case.name, harness.best(runs[case.name]) / 1e3) for case in cases]))
             limits += verdicts(job, runs)
-        limits.append(("start-up: CPU / empty program", start_up(workshop, 60 if words.quick else 200), 1.05))
+        limits += start_up(workshop, 60 if words.quick else 300)
     finally:
         workshop.close()
         if words.trace_in and os.path.exists(trace):

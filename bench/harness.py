@@ -36,6 +36,7 @@ class Workshop:
         self.filter = os.path.abspath(os.path.join(build, "filter", "rastertoklov"))
         self.floor = os.path.abspath(os.path.join(build, "bench", "bench_floor"))
         self.empty = os.path.abspath(os.path.join(build, "bench", "bench_empty"))
+        self.start = os.path.abspath(os.path.join(build, "bench", "bench_start"))
         self.measure = os.path.abspath(os.path.join(build, "bench", "bench_measure"))
         self.drv = os.path.abspath(os.path.join(build, "ppd", "klov.drv"))
         self.private = private_tmp.enter([build, SOURCE, os.getcwd()])
@@ -144,6 +145,11 @@ def cpu(run):
 def best(runs, figure=cpu):
     """The least of many runs: noise of a shared machine only ever adds."""
     return min(map(figure, runs))
+
+
+def lower_quarter(runs, figure=cpu):
+    """Steadier than the least where a run is short and differences are small."""
+    return statistics.quantiles(map(figure, runs), n=4)[0]
 
 
 def middle(runs, figure=cpu):

@@ -53,16 +53,6 @@ uint32_t left_cut(const section &part)
     return cut;
 }
 
-// Bytes up to the rightmost ink of all rows.
-uint32_t ink_width(const section &part)
-{
-    uint32_t width = 0;
-    for (int32_t row = 0; row < part.count && width < part.stride; ++row) {
-        width = inked_bytes(row_of(part, row), part.stride, width);
-    }
-    return width;
-}
-
 // Bytes of each row that are sent, counted from the left cut. A page wider than the printer takes the printer's whole
 // width, wherever its ink ends. Nothing sensible is left when the result is below 1.
 int64_t used_width(const dev_options &options, const section &part, uint32_t left)
@@ -71,7 +61,8 @@ int64_t used_width(const dev_options &options, const section &part, uint32_t lef
     if (is_fixed_width_model(options)) {
         return too_wide ? options.printer_width : static_cast<int64_t>(part.stride);
     }
-    const int64_t right = too_wide ? options.printer_width : static_cast<int64_t>(ink_width(part));
+    const int64_t right = too_wide ? options.printer_width
+                                   : int64_t{inked_bytes(part.rows, part.stride, static_cast<uint32_t>(part.count))};
     return right - left;
 }
 
