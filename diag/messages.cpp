@@ -188,6 +188,7 @@ void error(const char *text)
     klov_trace_exit();
     log_line("ERROR:Raster(%s, cups:%s)\n", text, cups_error_text());
     release_messages();
+    send_output();
     exit(1);
 }
 

@@ -352,12 +352,10 @@ void trace_finished(const char *operation, int32_t status)
     }
 }
 
-void trace_flush()
+void send_trace()
 {
-    if (trace_is_open()) {
-        send_pending();
-        if (klov_trace_handle != own_trace) {
-            fflush(klov_trace_handle);
-        }
+    send_pending();
+    if (klov_trace_handle != own_trace) {
+        fflush(klov_trace_handle);
     }
 }

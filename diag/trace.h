@@ -32,7 +32,15 @@ __attribute__((format(printf, 1, 2))) void trace_line(const char *format, ...);
 // Append "0x1b " for every byte: lower case, no leading zeros, a blank after each. No flush.
 void trace_hex(const uint8_t *bytes, uint32_t size);
 
-void trace_flush();
+// Hand an open trace's gathered lines to the system.
+void send_trace();
+
+inline void trace_flush()
+{
+    if (trace_is_open()) {
+        send_trace();
+    }
+}
 
 // The line that closes a printer operation: its name and result. No flush: it goes with the next line, or before the
 // next read.

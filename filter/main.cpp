@@ -26,8 +26,6 @@ constexpr char trace_path[] = "/tmp/klov-raster";
 #define KLOV_HOLD_FILE "/home/klov/rastertoklov.hold"
 #endif
 
-// A band leaves with one write.
-char output_buffer[65536];
 raster_guard input;
 
 // A stream that was closed before the filter started must not come back as the trace or the raster file: its place is
@@ -57,7 +55,6 @@ void prepare_streams()
 {
     occupy_standard_streams();
     signal(SIGPIPE, SIG_IGN);
-    setvbuf(stdout, output_buffer, _IOFBF, sizeof output_buffer);
 }
 
 int open_input(int argc, char **argv)
@@ -76,7 +73,7 @@ int open_input(int argc, char **argv)
 void flush_and_check_output()
 {
     flush_output();
-    if (ferror(stdout) != 0) {
+    if (output_failed()) {
         error("Unable to write printer data");
     }
 }

@@ -6,6 +6,7 @@
 #include "filter/document.h"
 #include "printops/band.h"
 #include "printops/blank.h"
+#include "printops/output.h"
 #include "printops/rows.h"
 
 #include <stdio.h>
@@ -31,7 +32,7 @@ struct strip {
 // busy.
 bool printing()
 {
-    return ferror(stdout) == 0;
+    return !output_failed();
 }
 
 // Rows of this width that the strip buffer holds.

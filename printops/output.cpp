@@ -1,6 +1,5 @@
-// The output channel. The filter has one thread, so its streams need no locks. A trace line reaches its file before the
-// bytes that it announces leave the process: lines gather until standard output is flushed, or until its buffer is
-// about to overflow.
+// The output channel. Bytes wait until they are flushed, and a trace line reaches its file before the bytes that it
+// announces leave the process.
 #include "printops/output.h"
 
 #include "diag/trace.h"
@@ -9,19 +8,94 @@
 #include <stdio.h>
 #include <stdio_ext.h>
 #include <string.h>
+#include <unistd.h>
 
 namespace {
 
-// Standard output's buffer gives bytes away by itself when this many more do not fit. A trace on standard output keeps
-// its place among the bytes.
-void trace_before_overflow(size_t bytes)
+// In front of standard output, whose own bookkeeping would cost a band more than its bytes do. A band leaves with one
+// write.
+constexpr size_t waiting_size = 65536;
+uint8_t waiting[waiting_size];
+size_t waiting_length = 0;
+bool write_failed = false;
+
+// Returns how many bytes left. A failed write is not tried again until the next flush.
+size_t write_to_descriptor(const uint8_t *bytes, size_t size)
 {
-    if (klov_trace_handle == stdout || __fpending(stdout) + bytes >= __fbufsize(stdout)) {
-        trace_flush();
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t written = write(STDOUT_FILENO, bytes + done, size - done);
+        if (written < 0) {
+            write_failed = true;
+            break;
+        }
+        done += static_cast<size_t>(written);
     }
+    return done;
+}
+
+// A stream that has taken standard output's place, or holds bytes of its own.
+size_t write_to_stream(const uint8_t *bytes, size_t size)
+{
+    fwrite_unlocked(bytes, size, 1, stdout);
+    fflush_unlocked(stdout);
+    return size;
+}
+
+inline bool fits(size_t size)
+{
+    return size <= waiting_size - waiting_length;
+}
+
+inline size_t keep(const uint8_t *bytes, size_t size)
+{
+    memcpy(waiting + waiting_length, bytes, size);
+    waiting_length += size;
+    return 1;
+}
+
+// No bytes, more than there is room for, or bytes among the lines of a trace that goes to standard output as well.
+__attribute__((noinline)) size_t put_unusual_bytes(const uint8_t *bytes, size_t size)
+{
+    const bool mixed = klov_trace_handle == stdout;
+    if (mixed || !fits(size)) {
+        flush_output();
+    }
+    if (mixed || size > waiting_size) {
+        return fwrite_unlocked(bytes, size, 1, stdout);
+    }
+    return size > 0 && fits(size) ? keep(bytes, size) : 0;
+}
+
+// Returns the number of items that fwrite() counts.
+inline size_t put_bytes(const uint8_t *bytes, size_t size)
+{
+    if (size == 0 || !fits(size) || klov_trace_handle == stdout) {
+        return put_unusual_bytes(bytes, size);
+    }
+    return keep(bytes, size);
 }
 
 }  // namespace
+
+bool output_failed()
+{
+    return write_failed || ferror(stdout) != 0;
+}
+
+void send_output()
+{
+    if (waiting_length == 0) {
+        return;
+    }
+    const bool direct = fileno_unlocked(stdout) == STDOUT_FILENO && __fpending(stdout) == 0;
+    const size_t left =
+        direct ? write_to_descriptor(waiting, waiting_length) : write_to_stream(waiting, waiting_length);
+    waiting_length -= left;
+    if (waiting_length > 0) {
+        memmove(waiting, waiting + left, waiting_length);
+    }
+}
 
 void write_bytes(const uint8_t *buffer, int32_t size)
 {
@@ -31,9 +105,8 @@ void write_bytes(const uint8_t *buffer, int32_t size)
         trace_put("+write_bytes start(data_size:", size, "):\n");
         trace_hex(buffer, static_cast<uint32_t>(bytes));
         trace_put("\n");
-        trace_before_overflow(bytes);
     }
-    const size_t items = fwrite_unlocked(buffer, bytes, 1, stdout);
+    const size_t items = put_bytes(buffer, bytes);
     if (traced) {
         trace_put("-write_bytes finished(writed:", static_cast<int32_t>(items), ").\n");
     }
@@ -49,9 +122,8 @@ int32_t write_string(const char *text)
         trace_text("\tHex:");
         trace_hex(reinterpret_cast<const uint8_t *>(text), static_cast<uint32_t>(bytes));
         trace_put("\n");
-        trace_before_overflow(bytes);
     }
-    const size_t items = fwrite_unlocked(text, bytes, 1, stdout);
+    const size_t items = put_bytes(reinterpret_cast<const uint8_t *>(text), bytes);
     if (!traced) {
         return static_cast<int32_t>(items);
     }
@@ -62,5 +134,8 @@ int32_t write_string(const char *text)
 void flush_output()
 {
     trace_flush();
-    fflush_unlocked(stdout);
+    send_output();
+    if (__fpending(stdout) > 0) {
+        fflush_unlocked(stdout);
+    }
 }

@@ -1,5 +1,7 @@
 #include "tests/printops/kit.h"
 
+#include "printops/output.h"
+
 #include <cups/cups.h>
 #include <gtest/gtest.h>
 #include <klov/error.h>
@@ -87,6 +89,7 @@ Seen observe_untraced(const std::function<void()> &call)
     Redirection out(stdout);
     Redirection err(stderr);
     call();
+    send_output();
     return {out.contents(), err.contents(), ""};
 }
 
@@ -99,6 +102,7 @@ Ended run_to_end(const std::function<void()> &call)
     if (child == 0) {
         klov_trace_init(trace.path().c_str());
         call();
+        send_output();
         fflush(nullptr);
         _exit(came_back);
     }

@@ -3,7 +3,10 @@
 
 #include "tests/printops/kit.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <klov/trace.h>
+#include <unistd.h>
 
 using namespace kit;
 
@@ -156,20 +159,112 @@ TEST(OutputChannel, NeitherFunctionFlushesStandardOutput)
     EXPECT_EQ(left, "abc");
 }
 
-TEST(OutputChannel, AFailedWriteShowsOnlyInTheTraceAndInTheStream)
+TEST(OutputChannel, MoreThanTheBufferHoldsLeavesInOrderAndTracedBefore)
 {
-    bool failed = false;
+    const MemoryFile trace;
+    klov_trace_init(trace.path().c_str());
+    std::string expected;
+    std::string left;
+    size_t untraced = 0;
+    {
+        const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) {
+            left += block;
+            const std::string lines = trace.contents();
+            size_t announced = 0;
+            for (size_t at = lines.find("0x"); at != std::string::npos; at = lines.find("0x", at + 2)) {
+                announced += 1;
+            }
+            untraced += announced < left.size() ? 1 : 0;
+        });
+        for (size_t size = 1; size < 66000; size += 12345) {
+            const std::string block(size, static_cast<char>('a' + expected.size() % 26));
+            expected += block;
+            send(block);
+        }
+        flush_output();
+    }
+    klov_trace_exit();
+    klov_trace_handle = nullptr;
+    EXPECT_TRUE(left == expected);
+    EXPECT_EQ(untraced, 0U);
+}
+
+TEST(OutputChannel, ATraceOnStandardOutputKeepsItsPlaceAmongTheBytes)
+{
+    const Seen seen = observe_untraced([] {
+        send("before");
+        flush_output();
+        klov_trace_init("stdout");
+        send("ab");
+        send("c");
+        klov_trace_exit();
+        klov_trace_handle = nullptr;
+        send("after");
+    });
+    EXPECT_EQ(seen.out,
+              "before+write_bytes start(data_size:2):\n"
+              "0x61 0x62 \n"
+              "ab-write_bytes finished(writed:1).\n"
+              "+write_bytes start(data_size:1):\n"
+              "0x63 \n"
+              "c-write_bytes finished(writed:1).\n"
+              "after");
+}
+
+TEST(OutputChannel, AFailedWriteShowsOnlyInTheTraceAndWhenAsked)
+{
     const Ended ended = run_to_end([&] {
         FILE *full = fopen("/dev/full", "w");
-        setvbuf(full, nullptr, _IONBF, 0);
-        stdout = full;
+        dup2(fileno(full), STDOUT_FILENO);
         send("abc");
-        failed = ferror(stdout) != 0;
-        _exit(failed ? 0 : 1);
+        const bool early = output_failed();
+        flush_output();
+        _exit(!early && output_failed() ? 0 : 1);
     });
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.err, "");
     EXPECT_NE(ended.trace.find("0x61 0x62 0x63 \n"), std::string::npos) << ended.trace;
+}
+
+TEST(OutputChannel, AFailedWriteOfAStreamInItsPlaceShowsToo)
+{
+    const Ended ended = run_to_end([&] {
+        stdout = fopen("/dev/full", "w");
+        send("abc");
+        flush_output();
+        _exit(output_failed() ? 0 : 1);
+    });
+    EXPECT_EQ(ended.status, 0);
+}
+
+// What could not leave goes first with the next flush, until there is no room for more.
+TEST(OutputChannel, BytesThatCouldNotLeaveAreKeptInOrder)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const Ended ended = run_to_end([&] {
+        const int full = open("/dev/full", O_WRONLY);
+        dup2(full, STDOUT_FILENO);
+        send("abc");
+        flush_output();
+        send(std::string(65533, 'x'));
+        send("does not fit any more");
+        dup2(ends[1], STDOUT_FILENO);
+        fcntl(STDOUT_FILENO, F_SETPIPE_SZ, 1 << 17);
+        flush_output();
+        _exit(output_failed() ? 0 : 1);
+    });
+    close(ends[1]);
+    std::string left(1 << 17, '\0');
+    size_t size = 0;
+    for (ssize_t count = 0; (count = read(ends[0], left.data() + size, left.size() - size)) > 0;) {
+        size += static_cast<size_t>(count);
+    }
+    close(ends[0]);
+    left.resize(size);
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_TRUE(left == "abc" + std::string(65533, 'x')) << left.size();
+    EXPECT_NE(ended.trace.find("-write_bytes finished(writed:0).\n"), std::string::npos);
 }
 
 }  // namespace
