@@ -338,11 +338,8 @@ void trace_hex(const uint8_t *bytes, uint32_t size)
     }
 }
 
-void trace_finished(const char *operation, int32_t status)
+void put_finished(const char *operation, int32_t status)
 {
-    if (!trace_is_open()) {
-        return;
-    }
     trace_put("-");
     append_text(operation, strlen(operation));
     if (status == 0) {

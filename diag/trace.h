@@ -44,7 +44,14 @@ inline void trace_flush()
 
 // The line that closes a printer operation: its name and result. No flush: it goes with the next line, or before the
 // next read.
-void trace_finished(const char *operation, int32_t status);
+void put_finished(const char *operation, int32_t status);
+
+inline void trace_finished(const char *operation, int32_t status)
+{
+    if (trace_is_open()) {
+        put_finished(operation, status);
+    }
+}
 
 // Append a text that may be long to an open trace.
 void trace_piece(const char *text, size_t length);

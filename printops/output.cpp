@@ -80,7 +80,7 @@ inline size_t put_bytes(const uint8_t *bytes, size_t size)
 
 bool output_failed()
 {
-    return write_failed || ferror(stdout) != 0;
+    return write_failed || ferror_unlocked(stdout) != 0;
 }
 
 void send_output()

@@ -47,7 +47,8 @@ inline bool is_blank_block(const uint8_t *from)
 inline size_t blank_bytes_at_left(const uint8_t *row, size_t width)
 {
     size_t at = 0;
-    while (width - at >= block_size && is_blank_block(row + at)) {
+    const size_t end_of_blocks = width - width % block_size;
+    while (at < end_of_blocks && is_blank_block(row + at)) {
         at += block_size;
     }
     for (; width - at >= 8; at += 8) {
