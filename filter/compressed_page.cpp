@@ -75,7 +75,7 @@ bool expect_rows(compressed_page &page, uint32_t rows, uint32_t row_size, uint32
     const size_t room = static_cast<size_t>(row_size) + unpacking_step;
     if (room > page.row_room) {
         free(page.row);
-        page.row = static_cast<uint8_t *>(malloc(room));
+        page.row = static_cast<uint8_t *>(calloc(1, room));
         page.row_room = page.row != nullptr ? room : 0;
     }
     return page.row != nullptr;

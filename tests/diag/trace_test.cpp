@@ -100,6 +100,19 @@ TEST_F(Trace, PiecesReadAsPrintfPutsThem)
     EXPECT_EQ(file_contents(path("job")), expected);
 }
 
+// However much waits already.
+TEST_F(Trace, PiecesNeverOverrunWhatWaits)
+{
+    for (size_t waiting = 65536 - 40; waiting <= 65536; ++waiting) {
+        const std::string text(waiting, 'x');
+        open_trace("job");
+        trace_piece(text.c_str(), text.size());
+        trace_put("<", -2147483647, ">");
+        trace_flush();
+        ASSERT_EQ(file_contents(path("job")), text + "<-2147483647>") << waiting;
+    }
+}
+
 TEST_F(Trace, TextsOfAnyLengthArriveWholeAndInOrder)
 {
     for (const size_t length : {65534U, 65535U, 65536U, 65537U, 200000U}) {

@@ -17,6 +17,7 @@ klov_filter_test(filter_unit_tests
 
 # Blocks of memory are counted here, and made to run out.
 klov_filter_test(filter_memory_tests
+  ${CMAKE_CURRENT_LIST_DIR}/compressed_memory_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/device_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/page_memory_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/page_stream.cpp
