@@ -98,11 +98,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     start_guard(guard, file, device.dev.render_data_size);
     cups_raster_t *stream = cupsRasterOpenIO(read_guarded, &guard, CUPS_RASTER_READ);
     if (stream != nullptr) {
-        auto job = [&] { print(device, guard, stream); };
+        auto job = [&] {
+            print(device, guard, stream);
+            end_guard(guard);
+        };
         fuzz::survives(job);
         cupsRasterClose(stream);
     }
-    end_guard(guard);
     klov_trace_exit();
     return 0;
 }
