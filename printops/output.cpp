@@ -34,7 +34,7 @@ size_t write_to_descriptor(const uint8_t *bytes, size_t size)
     return done;
 }
 
-// A stream that has taken standard output's place, or holds bytes of its own.
+// A stream that has taken standard output's place.
 size_t write_to_stream(const uint8_t *bytes, size_t size)
 {
     fwrite_unlocked(bytes, size, 1, stdout);
@@ -76,6 +76,15 @@ inline size_t put_bytes(const uint8_t *bytes, size_t size)
     return keep(bytes, size);
 }
 
+__attribute__((noinline)) void write_traced(const uint8_t *buffer, size_t bytes, int32_t size)
+{
+    trace_put("+write_bytes start(data_size:", size, "):\n");
+    trace_hex(buffer, static_cast<uint32_t>(bytes));
+    trace_put("\n");
+    const size_t items = put_bytes(buffer, bytes);
+    trace_put("-write_bytes finished(writed:", static_cast<int32_t>(items), ").\n");
+}
+
 }  // namespace
 
 bool output_failed()
@@ -85,12 +94,15 @@ bool output_failed()
 
 void send_output()
 {
+    // What the stream holds came before.
+    if (__fpending(stdout) > 0 && fflush_unlocked(stdout) != 0) {
+        return;
+    }
     if (waiting_length == 0) {
         return;
     }
-    const bool direct = fileno_unlocked(stdout) == STDOUT_FILENO && __fpending(stdout) == 0;
-    const size_t left =
-        direct ? write_to_descriptor(waiting, waiting_length) : write_to_stream(waiting, waiting_length);
+    const size_t left = fileno_unlocked(stdout) == STDOUT_FILENO ? write_to_descriptor(waiting, waiting_length)
+                                                                 : write_to_stream(waiting, waiting_length);
     waiting_length -= left;
     if (waiting_length > 0) {
         memmove(waiting, waiting + left, waiting_length);
@@ -100,15 +112,10 @@ void send_output()
 void write_bytes(const uint8_t *buffer, int32_t size)
 {
     const size_t bytes = size > 0 ? static_cast<size_t>(size) : 0;
-    const bool traced = trace_is_open();
-    if (traced) {
-        trace_put("+write_bytes start(data_size:", size, "):\n");
-        trace_hex(buffer, static_cast<uint32_t>(bytes));
-        trace_put("\n");
-    }
-    const size_t items = put_bytes(buffer, bytes);
-    if (traced) {
-        trace_put("-write_bytes finished(writed:", static_cast<int32_t>(items), ").\n");
+    if (trace_is_open()) {
+        write_traced(buffer, bytes, size);
+    } else {
+        put_bytes(buffer, bytes);
     }
 }
 
@@ -135,7 +142,4 @@ void flush_output()
 {
     trace_flush();
     send_output();
-    if (__fpending(stdout) > 0) {
-        fflush_unlocked(stdout);
-    }
 }
