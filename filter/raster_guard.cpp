@@ -12,8 +12,9 @@ namespace {
 // Small, and a whole number of pixels of every depth that is in use.
 constexpr uint32_t harmless_row = 5040;
 
-// A code that is not there in full waits while more is read.
+// A code that is not there in full waits while more is read, and unpacking looks ahead.
 static_assert(longest_code <= input_kept);
+static_assert(sizeof(raster_input::bytes) >= input_kept + input_chunk + unpacking_step);
 
 // CUPS goes on asking until it has all of a header, so nobody waits longer for it here.
 ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)

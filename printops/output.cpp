@@ -25,7 +25,7 @@ size_t write_to_descriptor(const uint8_t *bytes, size_t size)
     size_t done = 0;
     while (done < size) {
         const ssize_t written = write(STDOUT_FILENO, bytes + done, size - done);
-        if (written < 0) {
+        if (written <= 0) {
             write_failed = true;
             break;
         }

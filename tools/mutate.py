@@ -1,4 +1,5 @@
-"""Changes one operator of the encoders or of the printing code at a time, and sees whether the unit tests notice.
+"""Changes one operator of the encoders or of the reading and printing code at a time, and sees whether the unit tests
+notice.
 
 usage: tools/mutate.py [--count N] [--seed S] [--jobs J] [--at-least PERCENT] [--only FILE] [--build FOLDER]
 
@@ -32,7 +33,11 @@ TARGETS = {
     "printops/compression.cpp": (["printops/compression.cpp"], PRINTING),
     "printops/rows.h": (["printops/band.cpp", "printops/compression.cpp", "filter/page.cpp"],
                         ["printops_tests", "filter_unit_tests"]),
+    "printops/output.cpp": (["printops/output.cpp"], PRINTING),
     "filter/page.cpp": (["filter/page.cpp"], ["filter_unit_tests", "filter_memory_tests"]),
+    "filter/compressed_page.cpp": (["filter/compressed_page.cpp"], ["raster_guard_tests", "filter_memory_tests"]),
+    "filter/raster_guard.cpp": (["filter/raster_guard.cpp"], ["raster_guard_tests", "filter_memory_tests"]),
+    "diag/trace.cpp": (["diag/trace.cpp"], ["trace_tests"]),
 }
 for path in sorted(pathlib.Path("cmds").glob("*.cpp")):
     TARGETS[str(path)] = ([str(path)], ["cmds_tests"])

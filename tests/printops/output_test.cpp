@@ -237,6 +237,24 @@ TEST(OutputChannel, AFailedWriteOfAStreamInItsPlaceShowsToo)
     EXPECT_EQ(ended.status, 0);
 }
 
+// What the stream holds came before, and goes before, also when it could not leave at first.
+TEST(OutputChannel, BytesOfTheStreamsOwnKeepTheirPlace)
+{
+    const MemoryFile file;
+    const Ended ended = run_to_end([&] {
+        const int full = open("/dev/full", O_WRONLY);
+        dup2(full, STDOUT_FILENO);
+        fputs("first ", stdout);
+        send("second");
+        flush_output();
+        dup2(file.descriptor(), STDOUT_FILENO);
+        flush_output();
+        _exit(output_failed() ? 0 : 1);
+    });
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(file.contents(), "first second");
+}
+
 // What could not leave goes first with the next flush, until there is no room for more.
 TEST(OutputChannel, BytesThatCouldNotLeaveAreKeptInOrder)
 {
