@@ -19,27 +19,24 @@ uint8_t waiting[waiting_size];
 size_t waiting_length = 0;
 bool write_failed = false;
 
-// Returns how many bytes left. A failed write is not tried again until the next flush.
-size_t write_to_descriptor(const uint8_t *bytes, size_t size)
+void write_to_descriptor(const uint8_t *bytes, size_t size)
 {
-    size_t done = 0;
-    while (done < size) {
-        const ssize_t written = write(STDOUT_FILENO, bytes + done, size - done);
+    while (size > 0) {
+        const ssize_t written = write(STDOUT_FILENO, bytes, size);
         if (written <= 0) {
             write_failed = true;
-            break;
+            return;
         }
-        done += static_cast<size_t>(written);
+        bytes += written;
+        size -= static_cast<size_t>(written);
     }
-    return done;
 }
 
 // A stream that has taken standard output's place.
-size_t write_to_stream(const uint8_t *bytes, size_t size)
+void write_to_stream(const uint8_t *bytes, size_t size)
 {
     fwrite_unlocked(bytes, size, 1, stdout);
     fflush_unlocked(stdout);
-    return size;
 }
 
 inline bool fits(size_t size)
@@ -62,9 +59,9 @@ __attribute__((noinline)) size_t put_unusual_bytes(const uint8_t *bytes, size_t 
         flush_output();
     }
     if (mixed || size > waiting_size) {
-        return fwrite_unlocked(bytes, size, 1, stdout);
+        return output_failed() ? 0 : fwrite_unlocked(bytes, size, 1, stdout);
     }
-    return size > 0 && fits(size) ? keep(bytes, size) : 0;
+    return size > 0 ? keep(bytes, size) : 0;
 }
 
 // Returns the number of items that fwrite() counts.
@@ -94,19 +91,18 @@ bool output_failed()
 
 void send_output()
 {
-    // What the stream holds came before.
-    if (__fpending(stdout) > 0 && fflush_unlocked(stdout) != 0) {
-        return;
+    if (__fpending(stdout) > 0) {
+        fflush_unlocked(stdout);  // it came before
     }
-    if (waiting_length == 0) {
-        return;
+    // Behind bytes that were lost all others would be garbage to the printer.
+    if (waiting_length > 0 && !output_failed()) {
+        if (fileno_unlocked(stdout) == STDOUT_FILENO) {
+            write_to_descriptor(waiting, waiting_length);
+        } else {
+            write_to_stream(waiting, waiting_length);
+        }
     }
-    const size_t left = fileno_unlocked(stdout) == STDOUT_FILENO ? write_to_descriptor(waiting, waiting_length)
-                                                                 : write_to_stream(waiting, waiting_length);
-    waiting_length -= left;
-    if (waiting_length > 0) {
-        memmove(waiting, waiting + left, waiting_length);
-    }
+    waiting_length = 0;
 }
 
 void write_bytes(const uint8_t *buffer, int32_t size)
