@@ -18,6 +18,7 @@ struct Shape {
     unsigned bits_per_color;
     cups_cspace_t space;
     bool swapped;
+    unsigned spare_bits;  // of a pixel's last byte
 };
 
 void put_word(std::string &out, uint32_t word, bool swapped)
@@ -33,7 +34,7 @@ std::string header_of(const Shape &shape)
     header.cupsWidth = shape.pixels;
     header.cupsBytesPerLine = shape.pixels * shape.pixel_size;
     header.cupsBitsPerColor = shape.bits_per_color;
-    header.cupsBitsPerPixel = 8 * shape.pixel_size - (shape.swapped ? 1 : 0);
+    header.cupsBitsPerPixel = 8 * shape.pixel_size - shape.spare_bits;
     header.cupsColorSpace = shape.space;
     header.cupsNumColors = 1;
     constexpr size_t first = offsetof(cups_page_header2_t, AdvanceDistance);
@@ -65,7 +66,7 @@ public:
                                                    CUPS_CSPACE_SRGB, CUPS_CSPACE_CMYK};
         const uint32_t pixel_size = below(3) > 0 ? 1 : 1 + below(largest_pixel);
         const bool wide = pixel_size % 2 == 0 && below(2) == 0;
-        return {1 + below(20), 1 + below(40), pixel_size, wide ? 16U : 8U, spaces[below(8)], below(2) == 0};
+        return {1 + below(20), 1 + below(40), pixel_size, wide ? 16U : 8U, spaces[below(8)], below(2) == 0, below(8)};
     }
 
     // Rows of a page: codes as a writer makes them, or now and then longer than the row or the page.
@@ -127,6 +128,7 @@ std::string stream_of(Writer &writer, uint32_t pages)
         // and are none for one-bit printers.
         shape.swapped = swapped;
         shape.bits_per_color = swapped ? 8 : shape.bits_per_color;
+        shape.spare_bits = swapped && shape.pixel_size == 2 ? 7 : shape.spare_bits;
         stream += header_of(shape);
         writer.put_rows(stream, shape);
     }
@@ -187,7 +189,7 @@ TEST(Unpacking, SinglePixelsAndRowsCutAnywhereReadAsCupsReadsThem)
         for (const char *codes : {"\x01", "\xFE", "\x80"}) {
             std::string stream;
             put_word(stream, CUPS_RASTER_SYNCv2, false);
-            stream += header_of({1, 2, pixel_size, 8, CUPS_CSPACE_K, false});
+            stream += header_of({1, 2, pixel_size, 8, CUPS_CSPACE_K, false, 0});
             stream += std::string(1, '\0') + codes + std::string(2 * static_cast<size_t>(pixel_size), 'x');
             for (size_t size = stream.size() - 2 - 2 * static_cast<size_t>(pixel_size); size <= stream.size(); ++size) {
                 expect_same(stream.substr(0, size));
@@ -215,7 +217,7 @@ TEST(Unpacking, LongStreamsReadAsCupsReadsThem)
         Writer writer(seed);
         std::string stream;
         put_word(stream, CUPS_RASTER_SYNCv2, false);
-        const Shape shape = {3000, 200 + seed, seed < 2 ? 1 : largest_pixel - seed, 8, CUPS_CSPACE_K, false};
+        const Shape shape = {3000, 200 + seed, seed < 2 ? 1 : largest_pixel - seed, 8, CUPS_CSPACE_K, false, 0};
         for (int page = 0; page < 2; ++page) {
             stream += header_of(shape);
             writer.put_rows(stream, shape, false);
@@ -237,7 +239,7 @@ TEST(Unpacking, NeverWaitsForMoreThanTheRowsThatAreAskedFor)
     start_guard(guard, ends[0], readings::longest_row);
     std::string stream;
     put_word(stream, CUPS_RASTER_SYNCv2, false);
-    stream += header_of({4, 3, 1, 8, CUPS_CSPACE_K, false});
+    stream += header_of({4, 3, 1, 8, CUPS_CSPACE_K, false, 0});
     stream += std::string("\x01\x02\x41\x00\xFE\x42\x43", 7);  // two rows, and two bytes of the third
     ASSERT_EQ(write(ends[1], stream.data(), stream.size()), static_cast<ssize_t>(stream.size()));
     cups_raster_t *cups = cupsRasterOpenIO(read_guarded, &guard, CUPS_RASTER_READ);

@@ -189,6 +189,17 @@ TEST(OutputChannel, MoreThanTheBufferHoldsLeavesInOrderAndTracedBefore)
     EXPECT_EQ(untraced, 0U);
 }
 
+TEST(OutputChannel, OneByteMoreThanTheBufferHolds)
+{
+    const std::string block(65536, 'x');
+    const Seen seen = observe([&] {
+        send(block);
+        send("y");
+    });
+    EXPECT_TRUE(seen.out == block + "y");
+    EXPECT_TRUE(seen.trace == traced(block) + traced("y"));
+}
+
 TEST(OutputChannel, ATraceOnStandardOutputKeepsItsPlaceAmongTheBytes)
 {
     const Seen seen = observe_untraced([] {
@@ -242,13 +253,13 @@ TEST(OutputChannel, BytesOfTheStreamsOwnKeepTheirPlace)
     const MemoryFile file;
     const Ended ended = run_to_end([&] {
         dup2(file.descriptor(), STDOUT_FILENO);
-        fputs("first ", stdout);
+        fputs("1", stdout);
         send("second");
         flush_output();
         _exit(output_failed() ? 1 : 0);
     });
     EXPECT_EQ(ended.status, 0);
-    EXPECT_EQ(file.contents(), "first second");
+    EXPECT_EQ(file.contents(), "1second");
 }
 
 // A failed write is not tried again, and a printer would take what comes behind a gap for something else.
