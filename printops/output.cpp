@@ -86,7 +86,7 @@ __attribute__((noinline)) void write_traced(const uint8_t *buffer, size_t bytes,
 
 bool output_failed()
 {
-    return write_failed || ferror_unlocked(stdout) != 0;
+    return write_failed || ferror(stdout) != 0;
 }
 
 void send_output()
