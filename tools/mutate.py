@@ -51,7 +51,8 @@ REPLACEMENTS = {
     "logical": [("&&", "||"), ("||", "&&")],
 }
 BLANKED = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|^#[^\n]*|static_assert\(.*?\);|template <[^\n]*', re.S | re.M)
-NUMBER = re.compile(r"(?<![\w.'])(0x[0-9A-Fa-f]+|\d+)([uUlL]*)(?![\w.'])")
+# Octal numbers are file modes, which are none of the units' business.
+NUMBER = re.compile(r"(?<![\w.'])(0x[0-9A-Fa-f]+|0|[1-9]\d*)([uUlL]*)(?![\w.'])")
 RETURN = re.compile(r"\breturn ([^;{}]+);")
 STATEMENT = re.compile(r"^[ ]+((?:\*?[\w.>\-\[\]:*]+(?:\+\+)? ?(?:[-+|]?= [^;=][^;{}]*|\([^;{}]*\))|break|continue|return));",
                        re.M)
