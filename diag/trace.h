@@ -42,10 +42,10 @@ inline void trace_flush()
     }
 }
 
-// The line that closes a printer operation: its name and result. No flush: it goes with the next line, or before the
-// next read.
 void put_finished(const char *operation, int32_t status);
 
+// The line that closes a printer operation: its name and result. No flush: it goes with the next line, or before the
+// next read.
 inline void trace_finished(const char *operation, int32_t status)
 {
     if (trace_is_open()) {

@@ -1,6 +1,7 @@
 // Compressed rows of any codes: the filter unpacks them as CUPS does, also where the stream ends too early.
 #include "fuzz/input.h"
 #include "tests/faults/both_readings.h"
+#include "tests/faults/page_header.h"
 
 namespace {
 
@@ -19,15 +20,7 @@ std::string page_header(fuzz::Input &input, bool swapped)
     header.cupsBitsPerPixel = pixel_size * 8 - (swapped ? 1 : 0);
     header.cupsColorSpace = static_cast<cups_cspace_t>(spaces[input.byte() % 4]);
     header.cupsNumColors = 1;
-    std::string bytes(reinterpret_cast<const char *>(&header), sizeof header);
-    if (swapped) {
-        constexpr size_t first = offsetof(cups_page_header2_t, AdvanceDistance);
-        constexpr size_t end = offsetof(cups_page_header2_t, cupsBorderlessScalingFactor);
-        for (size_t at = first; at < end; at += 4) {
-            std::reverse(bytes.begin() + static_cast<ptrdiff_t>(at), bytes.begin() + static_cast<ptrdiff_t>(at) + 4);
-        }
-    }
-    return bytes;
+    return page_header_bytes(header, swapped);
 }
 
 }  // namespace
@@ -38,8 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const bool swapped = input.byte() % 2 != 0;
     const uint32_t rows_at_once = input.byte() % 8;
     const size_t piece_size = input.byte() % 4 == 0 ? 1 + input.byte() % 64 : 0;
-    const uint32_t word = swapped ? __builtin_bswap32(CUPS_RASTER_SYNCv2) : CUPS_RASTER_SYNCv2;
-    std::string stream(reinterpret_cast<const char *>(&word), sizeof word);
+    std::string stream;
+    put_stream_word(stream, CUPS_RASTER_SYNCv2, swapped);
     while (!input.done()) {
         stream += page_header(input, swapped);
         const uint8_t blocks = input.byte() % 16;

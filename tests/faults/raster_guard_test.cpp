@@ -1,6 +1,7 @@
 // The guard between the raster stream and CUPS: sound streams pass unchanged, a forged row length reaches page
 // processing as it stands in the stream, and CUPS never reserves memory for it.
 #include "filter/raster_guard.h"
+#include "tests/faults/page_header.h"
 #include "tests/printops/kit.h"
 
 #include <gtest/gtest.h>
@@ -20,18 +21,12 @@ struct Stream {
     size_t header_size = sizeof(cups_page_header2_t);
 };
 
-void put_word(std::string &out, uint32_t word, bool swapped)
-{
-    word = swapped ? __builtin_bswap32(word) : word;
-    out.append(reinterpret_cast<const char *>(&word), sizeof word);
-}
-
 Stream new_stream(Format format, bool swapped)
 {
     constexpr uint32_t words[] = {CUPS_RASTER_SYNCv1, CUPS_RASTER_SYNCv2, CUPS_RASTER_SYNC};
     Stream stream;
     stream.swapped = swapped;
-    put_word(stream.bytes, words[static_cast<int>(format)], swapped);
+    put_stream_word(stream.bytes, words[static_cast<int>(format)], swapped);
     stream.header_size = format == Format::v1 ? sizeof(cups_page_header_t) : sizeof(cups_page_header2_t);
     return stream;
 }
@@ -47,15 +42,7 @@ void put_header(Stream &stream, uint32_t row, uint32_t height, uint32_t copies =
     header.cupsBitsPerPixel = 1;
     header.cupsColorSpace = CUPS_CSPACE_K;
     header.cupsNumColors = 1;
-    std::string bytes(reinterpret_cast<const char *>(&header), sizeof header);
-    if (stream.swapped) {
-        for (size_t at = offsetof(cups_page_header2_t, AdvanceDistance);
-             at < offsetof(cups_page_header2_t, cupsBorderlessScalingFactor); at += 4) {
-            std::swap(bytes[at], bytes[at + 3]);
-            std::swap(bytes[at + 1], bytes[at + 2]);
-        }
-    }
-    stream.bytes.append(bytes, 0, stream.header_size);
+    stream.bytes.append(page_header_bytes(header, stream.swapped), 0, stream.header_size);
 }
 
 // Two rows of three bytes; in version 2 with a literal, a repeat, and one byte short of CUPS's own read-ahead.

@@ -1,6 +1,7 @@
 // Compressed raster streams, unpacked by the filter and by CUPS: the same headers, rows and ends, wherever the stream
 // is cut and however it arrives.
 #include "tests/faults/both_readings.h"
+#include "tests/faults/page_header.h"
 
 #include <gtest/gtest.h>
 
@@ -21,12 +22,6 @@ struct Shape {
     unsigned spare_bits;  // of a pixel's last byte
 };
 
-void put_word(std::string &out, uint32_t word, bool swapped)
-{
-    word = swapped ? __builtin_bswap32(word) : word;
-    out.append(reinterpret_cast<const char *>(&word), sizeof word);
-}
-
 std::string header_of(const Shape &shape)
 {
     cups_page_header2_t header = {};
@@ -37,17 +32,7 @@ std::string header_of(const Shape &shape)
     header.cupsBitsPerPixel = 8 * shape.pixel_size - shape.spare_bits;
     header.cupsColorSpace = shape.space;
     header.cupsNumColors = 1;
-    constexpr size_t first = offsetof(cups_page_header2_t, AdvanceDistance);
-    constexpr size_t end = offsetof(cups_page_header2_t, cupsBorderlessScalingFactor);
-    const char *const bytes = reinterpret_cast<const char *>(&header);
-    std::string out(bytes, first);
-    for (size_t at = first; at < end; at += sizeof(uint32_t)) {
-        uint32_t word;
-        memcpy(&word, bytes + at, sizeof word);
-        put_word(out, word, shape.swapped);
-    }
-    out.append(bytes + end, sizeof header - end);
-    return out;
+    return page_header_bytes(header, shape.swapped);
 }
 
 class Writer {
@@ -121,7 +106,7 @@ std::string stream_of(Writer &writer, uint32_t pages)
 {
     std::string stream;
     const bool swapped = writer.below(2) == 0;
-    put_word(stream, CUPS_RASTER_SYNCv2, swapped);
+    put_stream_word(stream, CUPS_RASTER_SYNCv2, swapped);
     for (uint32_t page = 0; page < pages; ++page) {
         Shape shape = writer.some_shape();
         // CUPS swaps the bytes of 16-bit numbers in whole rows only. Pages of such numbers that end too early differ,
@@ -188,7 +173,7 @@ TEST(Unpacking, SinglePixelsAndRowsCutAnywhereReadAsCupsReadsThem)
     for (const uint32_t pixel_size : {1U, 2U, 3U, 30U}) {
         for (const char *codes : {"\x01", "\xFE", "\x80"}) {
             std::string stream;
-            put_word(stream, CUPS_RASTER_SYNCv2, false);
+            put_stream_word(stream, CUPS_RASTER_SYNCv2, false);
             stream += header_of({1, 2, pixel_size, 8, CUPS_CSPACE_K, false, 0});
             stream += std::string(1, '\0') + codes + std::string(2 * static_cast<size_t>(pixel_size), 'x');
             for (size_t size = stream.size() - 2 - 2 * static_cast<size_t>(pixel_size); size <= stream.size(); ++size) {
@@ -216,7 +201,7 @@ TEST(Unpacking, LongStreamsReadAsCupsReadsThem)
     for (unsigned seed = 0; seed < 4; ++seed) {
         Writer writer(seed);
         std::string stream;
-        put_word(stream, CUPS_RASTER_SYNCv2, false);
+        put_stream_word(stream, CUPS_RASTER_SYNCv2, false);
         const Shape shape = {3000, 200 + seed, seed < 2 ? 1 : largest_pixel - seed, 8, CUPS_CSPACE_K, false, 0};
         for (int page = 0; page < 2; ++page) {
             stream += header_of(shape);
@@ -238,7 +223,7 @@ TEST(Unpacking, NeverWaitsForMoreThanTheRowsThatAreAskedFor)
     guard = {};
     start_guard(guard, ends[0], readings::longest_row);
     std::string stream;
-    put_word(stream, CUPS_RASTER_SYNCv2, false);
+    put_stream_word(stream, CUPS_RASTER_SYNCv2, false);
     stream += header_of({4, 3, 1, 8, CUPS_CSPACE_K, false, 0});
     stream += std::string("\x01\x02\x41\x00\xFE\x42\x43", 7);  // two rows, and two bytes of the third
     ASSERT_EQ(write(ends[1], stream.data(), stream.size()), static_cast<ssize_t>(stream.size()));

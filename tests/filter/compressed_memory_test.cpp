@@ -1,5 +1,6 @@
 // A compressed stream whose rows do not fit into memory.
 #include "filter/raster_guard.h"
+#include "tests/faults/page_header.h"
 #include "tests/filter/wrapped_memory.h"
 #include "tests/printops/kit.h"
 
@@ -10,8 +11,8 @@ namespace {
 
 std::string stream_of(uint32_t width, int pages)
 {
-    const uint32_t word = CUPS_RASTER_SYNCv2;
-    std::string bytes(reinterpret_cast<const char *>(&word), sizeof word);
+    std::string bytes;
+    put_stream_word(bytes, CUPS_RASTER_SYNCv2, false);
     cups_page_header2_t header = {};
     header.cupsHeight = 1;
     header.cupsBytesPerLine = width;
@@ -20,7 +21,7 @@ std::string stream_of(uint32_t width, int pages)
     header.cupsColorSpace = CUPS_CSPACE_K;
     header.cupsNumColors = 1;
     for (int page = 0; page < pages; ++page) {
-        bytes.append(reinterpret_cast<const char *>(&header), sizeof header);
+        bytes += page_header_bytes(header, false);
         bytes.append("\0\x80", 2);  // one row, blank
     }
     return bytes;
