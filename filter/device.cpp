@@ -6,8 +6,6 @@
 #include "filter/option_dump.h"
 #include "filter/options.h"
 
-#include <klov/model.h>
-#include <klov/result.h>
 #include <stdlib.h>
 
 namespace {
@@ -50,23 +48,6 @@ dev_options *init_dev_mode(dev_options *options)
     options->cutdistance = -1;
     options->papersavebottom = 1;
     return options;
-}
-
-int32_t get_model_info(dev_options *options, const char *model_name)
-{
-    printer_model *model = nullptr;
-    const int32_t status =
-        model_name != nullptr ? klov_printer_model_creator2(model_name, &model) : KLOV_E_UNKNOWN_MODEL;
-    if (status != KLOV_OK) {
-        return msgerrno(level_debug, status);
-    }
-    options->model = model->id;
-    options->name = model->model_name;
-    options->type = model->type;
-    options->printer_width = model->width / 8;
-    options->motion_v = model->motion_v;
-    klov_printer_model_destroy(model);
-    return KLOV_OK;
 }
 
 int32_t klov_printer_dev_creator(const char *options, printer_dev **handle)

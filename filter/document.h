@@ -1,7 +1,7 @@
 // What frames a document and its pages: set-up, finishing, peripherals.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 // Once before the first page: settings, then the beeps, drawers and logo that are asked for at the start.
 void start_doc(printer_dev *dev);

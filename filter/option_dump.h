@@ -1,6 +1,6 @@
 // The options record in the scheduler's log, one line a field, for support.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 void dump_options(const dev_options *options);

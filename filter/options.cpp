@@ -7,6 +7,8 @@
 
 #include <cups/cups.h>
 #include <cups/ppd.h>
+#include <klov/model.h>
+#include <klov/result.h>
 #include <stdlib.h>
 
 namespace {
@@ -130,6 +132,23 @@ ppd_file_t *open_ppd()
 }
 
 }  // namespace
+
+int32_t get_model_info(dev_options *options, const char *model_name)
+{
+    printer_model *model = nullptr;
+    const int32_t status =
+        model_name != nullptr ? klov_printer_model_creator2(model_name, &model) : KLOV_E_UNKNOWN_MODEL;
+    if (status != KLOV_OK) {
+        return msgerrno(level_debug, status);
+    }
+    options->model = model->id;
+    options->name = model->model_name;
+    options->type = model->type;
+    options->printer_width = model->width / 8;
+    options->motion_v = model->motion_v;
+    klov_printer_model_destroy(model);
+    return KLOV_OK;
+}
 
 void get_options(printer_dev *dev, const char *options)
 {

@@ -1,7 +1,7 @@
 // One page of the raster stream on its way to the printer.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 #include <cups/raster.h>
 

@@ -2,7 +2,7 @@
 // All return 0 or the encoder's refusal; a refusal sends nothing and shows in the trace.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 // finalcut 1 and 2 name the kind of cut; the encoder refuses what 0 turns into, which is how "no cut" works.
 int32_t print_cut_page(printer_dev *dev);

@@ -1,6 +1,8 @@
 // The options record: where values come from and what they set.
 #include "filter/options.h"
 
+#include "filter/device.h"
+
 #include "tests/filter/ppd_text.h"
 #include "tests/printops/kit.h"
 

@@ -1,5 +1,7 @@
 #include "tests/printops/kit.h"
 
+#include "filter/device.h"
+
 #include "printops/output.h"
 
 #include <cups/cups.h>

@@ -2,7 +2,7 @@
 // and to the trace.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 #include <functional>
 #include <string>

@@ -1,7 +1,7 @@
 // What the printers were built against, written down as plainly as it can be: every fast path is held to these.
 #pragma once
 
-#include "filter/device.h"
+#include "printops/device.h"
 
 #include <stdint.h>
 
