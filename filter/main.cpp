@@ -160,7 +160,6 @@ int main(int argc, char **argv)
     print_document(device, stream);
 
     cupsRasterClose(stream);
-    end_guard(input);
     klov_printer_dev_destroy(device);
     release_cancellation();
     if (descriptor != STDIN_FILENO) {

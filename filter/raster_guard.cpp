@@ -1,143 +1,96 @@
 // The guard between the raster stream and CUPS.
 //
-// A header is what CUPS reads first when it is asked for one, provided that it holds no bytes back. It would read ahead
-// in compressed streams only, and never gets to see one.
+// It has to know where headers begin, so CUPS must never hold bytes back when it asks for one. Of an uncompressed
+// stream it reads what it needs. Of a compressed one it would read ahead, but a read may bring as little as it likes:
+// with one byte at a time nothing is left over, whatever CUPS does with it.
 #include "filter/raster_guard.h"
 
-#include <stddef.h>
+#include <endian.h>
 #include <string.h>
 
 namespace {
 
-// Small, and a whole number of pixels of every depth that is in use.
-constexpr uint32_t harmless_row = 5040;
+// Apple's raster, which CUPS reads too, has a header of its own: bits of a pixel in byte 0, pixels of a row in bytes 12
+// to 15, big-endian in either byte order.
+constexpr size_t apple_header_size = 32;
 
-// A code that is not there in full waits while more is read, and unpacking looks ahead.
-static_assert(longest_code <= input_kept);
-static_assert(sizeof(raster_input::bytes) >= input_kept + input_chunk + unpacking_step);
-
-// CUPS goes on asking until it has all of a header, so nobody waits longer for it here.
-ssize_t read_whole(raster_input &input, unsigned char *buffer, size_t length)
+uint32_t in_host_order(const raster_guard &guard, uint32_t value)
 {
-    size_t filled = 0;
-    while (filled < length) {
-        const ssize_t count = read_raster(&input, buffer + filled, length - filled);
-        if (count < 0) {
-            return count;
-        }
-        if (count == 0) {
-            break;
-        }
-        filled += static_cast<size_t>(count);
-    }
-    return static_cast<ssize_t>(filled);
-}
-
-// CUPS is shown the same format without compression: its headers are the same.
-void note_format(raster_guard &guard, unsigned char *bytes)
-{
-    constexpr uint32_t formats[] = {CUPS_RASTER_SYNCv1, CUPS_RASTER_SYNCv2, CUPS_RASTER_SYNC};
-    uint32_t word;
-    memcpy(&word, bytes, sizeof word);
-    const uint32_t swapped_word = __builtin_bswap32(word);
-    for (const uint32_t format : formats) {
-        if (word == format || swapped_word == format) {
-            guard.swapped = word != format;
-            guard.compressed = format == CUPS_RASTER_SYNCv2;
-            guard.header_size = format == CUPS_RASTER_SYNCv1 ? sizeof(cups_page_header_t) : sizeof(cups_page_header2_t);
-        }
-    }
-    if (guard.compressed) {
-        constexpr uint32_t shown = CUPS_RASTER_SYNC;
-        const uint32_t stored = guard.swapped ? __builtin_bswap32(shown) : shown;
-        memcpy(bytes, &stored, sizeof stored);
-    }
-}
-
-uint32_t header_field(const raster_guard &guard, const unsigned char *header, size_t offset)
-{
-    uint32_t value;
-    memcpy(&value, header + offset, sizeof value);
     return guard.swapped ? __builtin_bswap32(value) : value;
 }
 
-// The number that CUPS is shown is as good or as bad as the real one in all that CUPS tests.
-void hide_forged_row(raster_guard &guard, unsigned char *header)
+uint32_t load_word(const raster_guard &guard, const uint8_t *from)
 {
-    constexpr size_t offset = offsetof(cups_page_header_t, cupsBytesPerLine);
-    const uint32_t row = header_field(guard, header, offset);
+    uint32_t value;
+    memcpy(&value, from, sizeof value);
+    return in_host_order(guard, value);
+}
+
+void note_format(raster_guard &guard, const uint8_t *word)
+{
+    struct format {
+        uint32_t word;
+        bool compressed;
+        size_t header_size;
+    };
+    static constexpr format formats[] = {
+        {CUPS_RASTER_SYNCv1, false, sizeof(cups_page_header_t)},
+        {CUPS_RASTER_SYNCv2, true, sizeof(cups_page_header2_t)},
+        {CUPS_RASTER_SYNC, false, sizeof(cups_page_header2_t)},
+        {CUPS_RASTER_SYNCapple, true, apple_header_size},
+    };
+    const uint32_t value = load_word(guard, word);
+    for (const format &known : formats) {
+        if (value == known.word || value == __builtin_bswap32(known.word)) {
+            guard.swapped = value != known.word;
+            guard.compressed = known.compressed;
+            guard.header_size = known.header_size;
+        }
+    }
+}
+
+// CUPS takes a row below 2 GiB that is a whole number of pixels, or of one colour's numbers where colours come apart.
+// What it is shown instead of the real row is as good or as bad.
+uint32_t row_to_show(const raster_guard &guard, const uint8_t *header, uint32_t row)
+{
+    if (row > INT32_MAX) {
+        return 0;
+    }
+    const uint32_t order = load_word(guard, header + offsetof(cups_page_header_t, cupsColorOrder));
+    const size_t depth = order == CUPS_ORDER_CHUNKED ? offsetof(cups_page_header_t, cupsBitsPerPixel)
+                                                     : offsetof(cups_page_header_t, cupsBitsPerColor);
+    const uint32_t bits = load_word(guard, header + depth);
+    constexpr uint32_t deepest = 240;  // CUPS refuses more bits, whatever the row
+    const uint32_t unit = bits > 8 && bits <= deepest ? (bits + 7) / 8 : 1;
+    return unit + row % unit;
+}
+
+void hide_long_row(raster_guard &guard, uint8_t *header)
+{
+    uint8_t *const field = header + offsetof(cups_page_header_t, cupsBytesPerLine);
+    const uint32_t row = load_word(guard, field);
     if (row > guard.longest_row) {
         guard.real_row = row;
-        const uint32_t shown = harmless_row + row % harmless_row;
-        const uint32_t stored = guard.swapped ? __builtin_bswap32(shown) : shown;
-        memcpy(header + offset, &stored, sizeof stored);
+        const uint32_t shown = in_host_order(guard, row_to_show(guard, header, row));
+        memcpy(field, &shown, sizeof shown);
     }
 }
 
-// The colours that have white as their highest number; in all others 0 is white, or no ink.
-uint8_t blank_byte(uint32_t color_space)
+// Apple's headers ask for no copies, so nothing of their pages is ever printed: one that is too wide ends the stream.
+void refuse_wide_page(raster_guard &guard, const uint8_t *header)
 {
-    switch (color_space) {
-        case CUPS_CSPACE_W:
-        case CUPS_CSPACE_RGB:
-        case CUPS_CSPACE_RGBW:
-        case CUPS_CSPACE_SW:
-        case CUPS_CSPACE_SRGB:
-        case CUPS_CSPACE_ADOBERGB:
-            return 0xFF;
-        default:
-            return 0;
-    }
+    uint32_t pixels;
+    memcpy(&pixels, header + 12, sizeof pixels);
+    guard.input.failed = uint64_t{be32toh(pixels)} * header[0] / 8 > guard.longest_row;
 }
 
-bool expect_page(raster_guard &guard, const unsigned char *header)
+void look_at_header(raster_guard &guard, uint8_t *header)
 {
-    const bool chunked =
-        header_field(guard, header, offsetof(cups_page_header_t, cupsColorOrder)) == CUPS_ORDER_CHUNKED;
-    const uint32_t bits = header_field(
-        guard, header,
-        chunked ? offsetof(cups_page_header_t, cupsBitsPerPixel) : offsetof(cups_page_header_t, cupsBitsPerColor));
-    return expect_rows(guard.page, header_field(guard, header, offsetof(cups_page_header_t, cupsHeight)),
-                       header_field(guard, header, offsetof(cups_page_header_t, cupsBytesPerLine)),
-                       bits > 8 ? (bits - 1) / 8 + 1 : 1,
-                       blank_byte(header_field(guard, header, offsetof(cups_page_header_t, cupsColorSpace))));
-}
-
-ssize_t read_header_bytes(raster_guard &guard, unsigned char *buffer, size_t length)
-{
-    const ssize_t count = read_whole(guard.input, buffer, length);
-    guard.at_header = false;
-    if (count == static_cast<ssize_t>(length)) {
-        hide_forged_row(guard, buffer);
-        if (guard.compressed && !expect_page(guard, buffer)) {
-            guard.input.failed = true;
-            return -1;
-        }
+    if (guard.header_size == apple_header_size) {
+        refuse_wide_page(guard, header);
+    } else {
+        hide_long_row(guard, header);
     }
-    return count;
-}
-
-// Rows of a compressed page. Rows that are there are handed on before more of the stream is waited for.
-ssize_t read_rows(raster_guard &guard, unsigned char *buffer, size_t length)
-{
-    raster_input &input = guard.input;
-    size_t done = take_rows(guard.page, buffer, length);
-    while (done < length) {
-        const uint8_t *codes = input.bytes + input.position;
-        const size_t used = unpack_row(guard.page, codes, waiting_bytes(input));
-        input.position += used;
-        if (used == 0) {
-            if (done > 0 || !rows_to_come(guard.page)) {
-                break;
-            }
-            const ssize_t count = read_more(input);
-            if (count <= 0 && !end_rows(guard.page, input.bytes + input.position, waiting_bytes(input))) {
-                return count;
-            }
-        }
-        done += take_rows(guard.page, buffer + done, length - done);
-    }
-    return static_cast<ssize_t>(done);
 }
 
 }  // namespace
@@ -146,29 +99,26 @@ void start_guard(raster_guard &guard, int descriptor, uint32_t longest_row)
 {
     guard.input.descriptor = descriptor;
     guard.longest_row = longest_row;
-    guard.at_format = true;
-}
-
-void end_guard(raster_guard &guard)
-{
-    free_rows(guard.page);
 }
 
 ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length)
 {
     raster_guard &state = *static_cast<raster_guard *>(guard);
-    if (state.at_format && length == sizeof(uint32_t)) {
-        const ssize_t count = read_whole(state.input, buffer, length);
-        state.at_format = false;
-        if (count == static_cast<ssize_t>(length)) {
-            note_format(state, buffer);
+    size_t most = state.compressed ? 1 : length;
+    if (!state.opened) {
+        state.opened = true;
+        most = sizeof(uint32_t);
+        if (const uint8_t *const word = gather(state.input, most)) {
+            note_format(state, word);
         }
-        return count;
+    } else if (state.at_header) {
+        state.at_header = false;
+        most = state.header_size;
+        if (uint8_t *const header = gather(state.input, most)) {
+            look_at_header(state, header);
+        }
     }
-    if (state.at_header && length == state.header_size) {
-        return read_header_bytes(state, buffer, length);
-    }
-    return state.compressed ? read_rows(state, buffer, length) : read_raster(&state.input, buffer, length);
+    return read_raster(state.input, buffer, length < most ? length : most);
 }
 
 unsigned read_guarded_header(raster_guard &guard, cups_raster_t *stream, cups_page_header_t *header)

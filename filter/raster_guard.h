@@ -1,12 +1,8 @@
-// What stands between the raster stream and CUPS.
-//
-// It keeps forged row lengths away from CUPS, which reserves memory for whatever a page header asks before anybody else
-// sees the header. CUPS is shown a small number instead; page processing gets the real one and refuses it.
-//
-// And it unpacks compressed streams, several times as fast as CUPS, which is shown an uncompressed one.
+// What stands between the raster stream and CUPS, which reserves memory for whatever row length a page header asks
+// before anybody else sees the header. A row that cannot be printed is shown to CUPS as a short one; page processing
+// gets the real number and refuses it.
 #pragma once
 
-#include "filter/compressed_page.h"
 #include "filter/raster_input.h"
 
 #include <cups/raster.h>
@@ -14,18 +10,16 @@
 struct raster_guard {
     raster_input input;
     uint32_t longest_row;  // bytes; a longer row cannot be printed
-    bool at_format;        // the stream's first word has not been read yet
+    bool opened;           // the stream's first word has been read
     bool at_header;        // the next bytes are a page header
     bool compressed;
-    bool swapped;          // the stream's numbers are in the other byte order
-    size_t header_size;    // 0: the format has no header of ours
-    uint32_t real_row;     // the row length that CUPS was not shown, 0 when it was
-    compressed_page page;  // in a compressed stream: the page that is being read
+    bool swapped;        // the stream's numbers are in the other byte order
+    size_t header_size;  // 0: no format that CUPS knows
+    uint32_t real_row;   // the row length that CUPS was not shown, 0 when it was
 };
 
-// Get ready for a stream from the descriptor, in a guard that is all zero; and give its memory back.
+// Get ready for a stream from the descriptor, in a guard that is all zero.
 void start_guard(raster_guard &guard, int descriptor, uint32_t longest_row);
-void end_guard(raster_guard &guard);
 
 // Read callback for cupsRasterOpenIO; guard is a raster_guard. See read_raster().
 ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length);

@@ -21,44 +21,52 @@ bool may_try_again(int descriptor)
     return errno == EINTR;
 }
 
-// A read may wait for as long as whoever feeds the stream likes, so the trace is brought up to date first.
-ssize_t read_some(raster_input &source, uint8_t *buffer, size_t length)
+size_t waiting_bytes(const raster_input &input)
+{
+    return input.filled - input.position;
+}
+
+// One more read behind the bytes that wait; false when it brought nothing. It may take as long as whoever feeds the
+// stream likes, so the trace is brought up to date first.
+bool read_more(raster_input &input)
 {
     trace_flush();
+    const size_t waiting = waiting_bytes(input);
+    memmove(input.bytes, input.bytes + input.position, waiting);
+    input.position = 0;
+    input.filled = waiting;
     ssize_t count;
     do {
-        count = read(source.descriptor, buffer, length);
-    } while (count < 0 && may_try_again(source.descriptor));
-    source.failed = source.failed || count < 0;
-    return count;
+        count = read(input.descriptor, input.bytes + waiting, sizeof input.bytes - waiting);
+    } while (count < 0 && may_try_again(input.descriptor));
+    if (count < 0) {
+        input.failed = true;
+        return false;
+    }
+    input.filled += static_cast<size_t>(count);
+    return count > 0;
 }
 
 }  // namespace
 
-ssize_t read_more(raster_input &input)
+uint8_t *gather(raster_input &input, size_t size)
 {
-    const size_t waiting = waiting_bytes(input);
-    const size_t start = input_kept - waiting;
-    memmove(input.bytes + start, input.bytes + input.position, waiting);
-    input.position = start;
-    input.filled = input_kept;
-    const ssize_t count = read_some(input, input.bytes + input_kept, input_chunk);
-    input.filled += count > 0 ? static_cast<size_t>(count) : 0;
-    return count;
-}
-
-ssize_t read_raster(void *input, unsigned char *buffer, size_t length)
-{
-    raster_input &source = *static_cast<raster_input *>(input);
-    if (waiting_bytes(source) == 0) {
-        const ssize_t read = length >= input_chunk ? read_some(source, buffer, length) : read_more(source);
-        if (read <= 0 || length >= input_chunk) {
-            return read;
+    while (waiting_bytes(input) < size) {
+        if (!read_more(input)) {
+            return nullptr;
         }
     }
-    const size_t waiting = waiting_bytes(source);
+    return input.bytes + input.position;
+}
+
+ssize_t read_raster(raster_input &input, uint8_t *buffer, size_t length)
+{
+    if (input.failed || (waiting_bytes(input) == 0 && !read_more(input))) {
+        return input.failed ? -1 : 0;
+    }
+    const size_t waiting = waiting_bytes(input);
     const size_t count = length < waiting ? length : waiting;
-    memcpy(buffer, source.bytes + source.position, count);
-    source.position += count;
+    memcpy(buffer, input.bytes + input.position, count);
+    input.position += count;
     return static_cast<ssize_t>(count);
 }

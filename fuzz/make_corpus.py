@@ -79,17 +79,7 @@ def text_seeds():
     yield "wide-error", b"\x03\x08\x04\x60"
 
 
-def unpacking_seeds():
-    rng = random.Random(5)
-    for number, pixel in enumerate((1, 1, 2, 30)):
-        height, width = 12, 20
-        codes = raster.packed_rows(rows(width * pixel, height, rng), width * pixel, rng)
-        depth = 0 if pixel == 1 else 119 + pixel + (30 if pixel < 9 else 0)
-        page = bytes((depth, height - 1, width - 1, number % 2, number)) + len(codes).to_bytes(2, "big") + codes
-        yield "pages-%d" % number, bytes((number % 2, number, 1)) + page + page[:-5]
-
-
-SEEDS = {"unpacking": unpacking_seeds(), "raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
+SEEDS = {"raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
          "compression": compression_seeds(), "encoders": random_seeds(2, 48), "properties": random_seeds(3, 32),
          "replies": reply_seeds(), "texts": text_seeds()}
 

@@ -35,8 +35,8 @@ TARGETS = {
                         ["printops_tests", "filter_unit_tests"]),
     "printops/output.cpp": (["printops/output.cpp"], PRINTING),
     "filter/page.cpp": (["filter/page.cpp"], ["filter_unit_tests", "filter_memory_tests"]),
-    "filter/compressed_page.cpp": (["filter/compressed_page.cpp"], ["filter_unit_tests", "raster_guard_tests"]),
-    "filter/raster_guard.cpp": (["filter/raster_guard.cpp"], ["raster_guard_tests", "filter_memory_tests"]),
+    "filter/raster_guard.cpp": (["filter/raster_guard.cpp"], ["raster_guard_tests"]),
+    "filter/raster_input.cpp": (["filter/raster_input.cpp"], ["filter_unit_tests", "raster_guard_tests"]),
     "diag/trace.cpp": (["diag/trace.cpp"], ["trace_tests"]),
 }
 for path in sorted(pathlib.Path("cmds").glob("*.cpp")):

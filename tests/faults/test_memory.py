@@ -116,20 +116,6 @@ class FailingMemory(JobTest):
         self.assertEqual(run.stdout, sound.stdout[len(band):])
         self.assertGreater(len(band), 0)
 
-    def test_a_row_that_is_not_to_be_had_ends_a_compressed_stream_with_its_message(self):
-        pages = [page(*inked(5, 3)), page(*inked(37, 3))]
-        work = job(*pages, version=2, options="CutMode=1")
-        sound, _ = self.run_with(work, 0)
-        begin = model.run(job(pages[0], version=2), cancelled_before=2).stdout
-        for n in range(1, MOST_REQUESTS):
-            run, report = self.run_with(work, n, size=37 + 16)
-            self.assertGreaterEqual(report.requests, n, "the row was never asked for")
-            if not through_cups(report.failed, self.program):
-                break
-        self.assertEqual((run.status, run.stdout), (1, begin))
-        self.assertTrue(sound.stdout.startswith(begin) and len(begin) > 0)
-        self.assertTrue(run.stderr.endswith(b"ERROR:Raster(Unable to read raster data, cups:successful-ok)\n"))
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -41,7 +43,7 @@ protected:
     std::string get(size_t length)
     {
         std::vector<unsigned char> buffer(length + 1, 0);
-        const ssize_t count = read_raster(input_.get(), buffer.data(), length);
+        const ssize_t count = read_raster(*input_, buffer.data(), length);
         return count < 0 ? "error" : std::string(buffer.begin(), buffer.begin() + count);
     }
 
@@ -73,15 +75,9 @@ TEST_F(RasterInput, OneReadFeedsManySmallRequests)
 {
     put(std::string(3000, 'x'));
     EXPECT_EQ(get(1), "x");
-    EXPECT_EQ(waiting_bytes(*input_), 2999U);
-    EXPECT_EQ(get(2999), std::string(2999, 'x'));
-}
-
-TEST_F(RasterInput, RequestsOfABuffersSizeGoStraightToTheStream)
-{
-    put(std::string(5000, 'y'));
-    EXPECT_EQ(get(sizeof input_->bytes), std::string(5000, 'y'));
-    EXPECT_EQ(waiting_bytes(*input_), 0U);
+    put("y");
+    EXPECT_EQ(get(5000), std::string(2999, 'x'));
+    EXPECT_EQ(get(5000), "y");
 }
 
 TEST_F(RasterInput, WhatIsBufferedComesBeforeWhatFollows)
@@ -89,15 +85,66 @@ TEST_F(RasterInput, WhatIsBufferedComesBeforeWhatFollows)
     put("abcd");
     EXPECT_EQ(get(1), "a");
     put("efgh");
-    EXPECT_EQ(get(sizeof input_->bytes), "bcd");
-    EXPECT_EQ(get(sizeof input_->bytes), "efgh");
+    EXPECT_EQ(get(10), "bcd");
+    EXPECT_EQ(get(10), "efgh");
 }
 
-TEST_F(RasterInput, AnErrorIsReported)
+TEST_F(RasterInput, GatheredBytesLieTogetherAndAreHandedOnLater)
 {
-    input_->descriptor = -1;
+    put("abc");
+    EXPECT_EQ(get(1), "a");
+    std::thread writer([this] {
+        put("de");
+        put("fg");
+    });
+    const uint8_t *const bytes = gather(*input_, 5);
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(std::string(bytes, bytes + 5), "bcdef");
+    writer.join();
+    EXPECT_EQ(get(5), "bcdef");
+    EXPECT_EQ(get(1), "g");
+}
+
+TEST_F(RasterInput, AsManyBytesAsTheBufferHoldsAreGatheredFromAnywhereInIt)
+{
+    put(std::string(40000, 'x'));
+    EXPECT_EQ(get(39999).size(), 39999U);
+    put(std::string(sizeof input_->bytes - 1, 'y'));
+    const uint8_t *const bytes = gather(*input_, sizeof input_->bytes);
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(bytes[0], 'x');
+    EXPECT_EQ(bytes[sizeof input_->bytes - 1], 'y');
+}
+
+TEST_F(RasterInput, AnEndBeforeTheBytesAreTogetherLeavesWhatCame)
+{
+    put("abc");
+    close_writer();
+    EXPECT_EQ(gather(*input_, 4), nullptr);
+    EXPECT_EQ(get(10), "abc");
+    EXPECT_EQ(get(10), "");
+    EXPECT_FALSE(input_->failed);
+}
+
+// A read that fails once may succeed when it is tried again, with bytes from behind a gap.
+TEST_F(RasterInput, NothingIsHandedOnOnceAReadHasFailed)
+{
+    put("abcd");
+    const int descriptor = std::exchange(input_->descriptor, -1);
     EXPECT_EQ(get(4), "error");
-    EXPECT_EQ(get(sizeof input_->bytes), "error");
+    EXPECT_TRUE(input_->failed);
+    input_->descriptor = descriptor;
+    EXPECT_EQ(get(4), "error");
+}
+
+TEST_F(RasterInput, AFailedReadEndsGathering)
+{
+    put("abc");
+    EXPECT_EQ(get(1), "a");
+    input_->descriptor = -1;
+    EXPECT_EQ(gather(*input_, 4), nullptr);
+    EXPECT_TRUE(input_->failed);
+    EXPECT_EQ(get(1), "error");
 }
 
 int late_writer = -1;

@@ -2,7 +2,6 @@
 include(${PROJECT_SOURCE_DIR}/tests/printops/filter_test.cmake)
 
 klov_filter_test(filter_unit_tests
-  ${CMAKE_CURRENT_LIST_DIR}/compressed_page_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/document_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/header_dump_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/messages_test.cpp
@@ -18,7 +17,6 @@ klov_filter_test(filter_unit_tests
 
 # Blocks of memory are counted here, and made to run out.
 klov_filter_test(filter_memory_tests
-  ${CMAKE_CURRENT_LIST_DIR}/compressed_memory_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/device_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/page_memory_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/page_stream.cpp

@@ -25,7 +25,7 @@ def rows_of(rng, width, height):
 
 
 def model_pages(data, rows_at_once):
-    stream = Stream(data, guarded=False)
+    stream = Stream(data)
     if stream.version is None:
         return None
     pages = []
