@@ -7,7 +7,8 @@
 #include <map>
 
 #include "preview/font.h"
-#include "preview/reader.h"
+#include "preview/paper.h"
+#include "preview/records.h"
 
 namespace preview {
 
