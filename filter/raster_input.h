@@ -10,7 +10,7 @@ struct raster_input {
     bool failed;      // a read went wrong; CUPS takes that for the end of the stream
     size_t position;  // first byte not yet handed on
     size_t filled;
-    uint8_t bytes[65536];
+    uint8_t bytes[4096 + 65536];  // what a full pipe holds, behind a header's beginning
 };
 
 // The bytes that wait, once there are at least size of them, which must fit the buffer. Null when the stream ends

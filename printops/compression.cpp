@@ -3,39 +3,23 @@
 
 #include "printops/rows.h"
 
-#include <bit>
-
 namespace {
 
 constexpr uint64_t every_byte = 0x0101010101010101;
 
-// Offset of the first zero byte in a word, in memory order; the word has one.
-uint32_t first_zero_byte(uint64_t word)
+// Of an ordered word: the lowest bit that is set stands in its first zero byte; 0 when there is none.
+uint64_t mark_zero_bytes(uint64_t word)
 {
-    const uint64_t marks = (word - every_byte) & ~word & (every_byte << 7);
-    return static_cast<uint32_t>(std::countr_zero(marks)) / 8;
+    return (word - every_byte) & ~word & (every_byte << 7);
 }
-
-bool has_zero_byte(uint64_t word)
-{
-    return ((word - every_byte) & ~word & (every_byte << 7)) != 0;
-}
-
-// Offset of the first non-zero byte in a non-zero word.
-uint32_t first_set_byte(uint64_t word)
-{
-    return static_cast<uint32_t>(std::countr_zero(word)) / 8;
-}
-
-constexpr bool words_in_memory_order = std::endian::native == std::endian::little;
 
 // First index from at on whose byte equals the one before it; width when there is none.
 uint32_t find_pair(const uint8_t *row, uint32_t at, uint32_t width)
 {
-    for (; words_in_memory_order && width - at >= 8; at += 8) {
-        const uint64_t difference = load_word(row + at) ^ load_word(row + at - 1);
-        if (has_zero_byte(difference)) {
-            return at + first_zero_byte(difference);
+    for (; width - at >= 8; at += 8) {
+        const uint64_t pairs = mark_zero_bytes(load_ordered(row + at) ^ load_ordered(row + at - 1));
+        if (pairs != 0) {
+            return at + static_cast<uint32_t>(blank_bytes_before_ink(pairs));
         }
     }
     while (at < width && row[at] != row[at - 1]) {
@@ -47,10 +31,10 @@ uint32_t find_pair(const uint8_t *row, uint32_t at, uint32_t width)
 // First index from at on whose byte is not the given one; width when there is none.
 uint32_t find_other(const uint8_t *row, uint32_t at, uint32_t width, uint8_t byte)
 {
-    for (; words_in_memory_order && width - at >= 8; at += 8) {
-        const uint64_t difference = load_word(row + at) ^ (every_byte * byte);
+    for (; width - at >= 8; at += 8) {
+        const uint64_t difference = load_ordered(row + at) ^ (every_byte * byte);
         if (difference != 0) {
-            return at + first_set_byte(difference);
+            return at + static_cast<uint32_t>(blank_bytes_before_ink(difference));
         }
     }
     while (at < width && row[at] == byte) {

@@ -31,7 +31,7 @@ OWN_SLACK, INSIDE_SLACK = 1.03, 1.10
 
 JOBS = {
     "text": (dict(kind="text", pages=2), "job"),
-    "photo, compressed": (dict(kind="photo", rows=1000, version=2), "BitmapCompression=1"),
+    "photo, compressed": (dict(kind="photo", rows=1000), "BitmapCompression=1"),
     "sparse, 3 copies, cut after each": (dict(kind="sparse", copies=3, version=1), "PostPrintAction=3"),
 }
 

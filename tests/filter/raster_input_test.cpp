@@ -109,11 +109,13 @@ TEST_F(RasterInput, AsManyBytesAsTheBufferHoldsAreGatheredFromAnywhereInIt)
 {
     put(std::string(40000, 'x'));
     EXPECT_EQ(get(39999).size(), 39999U);
-    put(std::string(sizeof input_->bytes - 1, 'y'));
-    const uint8_t *const bytes = gather(*input_, sizeof input_->bytes);
+    const size_t size = sizeof input_->bytes;
+    std::thread writer([this, size] { put(std::string(size - 1, 'y')); });
+    const uint8_t *const bytes = gather(*input_, size);
+    writer.join();
     ASSERT_NE(bytes, nullptr);
     EXPECT_EQ(bytes[0], 'x');
-    EXPECT_EQ(bytes[sizeof input_->bytes - 1], 'y');
+    EXPECT_EQ(bytes[size - 1], 'y');
 }
 
 TEST_F(RasterInput, AnEndBeforeTheBytesAreTogetherLeavesWhatCame)
