@@ -117,8 +117,10 @@ ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length)
         if (uint8_t *const header = gather(state.input, most)) {
             look_at_header(state, header);
         }
+    } else {
+        gather(state.input, 1);
     }
-    return read_raster(state.input, buffer, length < most ? length : most);
+    return take(state.input, buffer, length < most ? length : most);
 }
 
 unsigned read_guarded_header(raster_guard &guard, cups_raster_t *stream, cups_page_header_t *header)

@@ -21,7 +21,8 @@ struct raster_guard {
 // Get ready for a stream from the descriptor, in a guard that is all zero.
 void start_guard(raster_guard &guard, int descriptor, uint32_t longest_row);
 
-// Read callback for cupsRasterOpenIO; guard is a raster_guard. See read_raster().
+// Read callback for cupsRasterOpenIO; guard is a raster_guard. Never waits for more than the next byte of a page's
+// rows, or for more than a header. Returns the number of bytes, 0 at the end of the stream, -1 when a read failed.
 ssize_t read_guarded(void *guard, unsigned char *buffer, size_t length);
 
 // cupsRasterReadHeader() past the guard: the header holds the real row length.

@@ -52,17 +52,17 @@ bool read_more(raster_input &input)
 uint8_t *gather(raster_input &input, size_t size)
 {
     while (waiting_bytes(input) < size) {
-        if (!read_more(input)) {
+        if (input.failed || !read_more(input)) {
             return nullptr;
         }
     }
     return input.bytes + input.position;
 }
 
-ssize_t read_raster(raster_input &input, uint8_t *buffer, size_t length)
+ssize_t take(raster_input &input, uint8_t *buffer, size_t length)
 {
-    if (input.failed || (waiting_bytes(input) == 0 && !read_more(input))) {
-        return input.failed ? -1 : 0;
+    if (input.failed) {
+        return -1;
     }
     const size_t waiting = waiting_bytes(input);
     const size_t count = length < waiting ? length : waiting;

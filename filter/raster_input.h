@@ -13,11 +13,10 @@ struct raster_input {
     uint8_t bytes[4096 + 65536];  // what a full pipe holds, behind a header's beginning
 };
 
-// The bytes that wait, once there are at least size of them, which must fit the buffer. Null when the stream ends
-// before, or a read fails.
+// The bytes that wait, once there are at least size of them, which must fit the buffer; never waits for more. Null when
+// the stream ends before, or a read fails. An interrupted read is tried again, and a non-blocking one that finds
+// nothing waits.
 uint8_t *gather(raster_input &input, size_t size);
 
-// Hand on bytes, length of them at most. Never waits for more than one read brings, and for nothing while bytes wait.
-// Returns their number, 0 at the end of the stream, -1 when a read failed. An interrupted read is tried again, and a
-// non-blocking one that finds nothing waits.
-ssize_t read_raster(raster_input &input, uint8_t *buffer, size_t length);
+// Hand on bytes that wait, length of them at most. Returns their number, -1 once a read has failed.
+ssize_t take(raster_input &input, uint8_t *buffer, size_t length);

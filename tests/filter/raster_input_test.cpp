@@ -39,11 +39,12 @@ protected:
             ends_[1] = -1;
         }
     }
-    // What one call returns, -1 as "error".
+    // What there is when bytes are wanted, -1 as "error".
     std::string get(size_t length)
     {
         std::vector<unsigned char> buffer(length + 1, 0);
-        const ssize_t count = read_raster(*input_, buffer.data(), length);
+        gather(*input_, 1);
+        const ssize_t count = take(*input_, buffer.data(), length);
         return count < 0 ? "error" : std::string(buffer.begin(), buffer.begin() + count);
     }
 
