@@ -102,20 +102,28 @@ int open_target(const char *target)
     return fd;
 }
 
+FILE *make_stream()
+{
+    cookie_io_functions_t functions = {};
+    functions.write = write_file;
+    FILE *const stream = fopencookie(nullptr, "w", functions);
+    if (stream != nullptr) {
+        setvbuf(stream, nullptr, _IONBF, 0);
+    }
+    return stream;
+}
+
 FILE *open_file(const char *target)
 {
-    if (file_stream == nullptr) {
-        cookie_io_functions_t functions = {};
-        functions.write = write_file;
-        file_stream = fopencookie(nullptr, "w", functions);
-        if (file_stream == nullptr) {
-            return nullptr;
-        }
-        setvbuf(file_stream, nullptr, _IONBF, 0);
-    }
     descriptor = open_target(target);
     written = 0;
     within_line = false;
+    if (descriptor >= 0 && file_stream == nullptr) {
+        file_stream = make_stream();
+    }
+    if (file_stream == nullptr) {
+        close_file();
+    }
     return descriptor >= 0 ? file_stream : nullptr;
 }
 
