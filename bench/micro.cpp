@@ -136,7 +136,7 @@ void hex_dump(benchmark::State &state, maker make)
     klov_trace_init("/dev/null");
     const rows_of_bytes rows = make(72);
     for (auto _ : state) {
-        trace_hex(rows.data(), static_cast<uint32_t>(rows.size()));
+        trace_hex(rows.data(), rows.size());
         trace_flush();
     }
     klov_trace_exit();
@@ -150,7 +150,9 @@ void trace_formatted(benchmark::State &state)
 {
     klov_trace_init("/dev/null");
     for (auto _ : state) {
-        trace_text("+write_bytes start(data_size:%d):\n", 1008);
+        char line[64];
+        snprintf(line, sizeof line, "+write_bytes start(data_size:%d):\n", 1008);
+        trace_put(line);
         trace_flush();
     }
     klov_trace_exit();

@@ -333,6 +333,103 @@ TEST_F(Trace, WritesToAFileWait)
     EXPECT_EQ(flags & O_ACCMODE, O_WRONLY);
 }
 
+// Two jobs at once write to one file: the second empties it under the first, which must not leave a hole then.
+TEST_F(Trace, WritesGoToTheEndOfTheFileWhereverThatIs)
+{
+    open_trace("job");
+    trace_put("first\n");
+    trace_flush();
+    ASSERT_EQ(truncate(path("job").c_str(), 0), 0);
+    trace_put("second\n");
+    trace_flush();
+    EXPECT_EQ(file_contents(path("job")), "second\n");
+}
+
+TEST_F(Trace, ARescueIsOneWriteOfWhatWaits)
+{
+    open_trace("job");
+    trace_put("+print_dotline(", 3);
+    if (counts_write_calls()) {
+        EXPECT_EQ(writes_of(trace_rescue), 1);
+    } else {
+        trace_rescue();
+    }
+    EXPECT_EQ(file_contents(path("job")), "+print_dotline(3");
+}
+
+TEST_F(Trace, ARescueWithoutATraceDoesNothing)
+{
+    trace_rescue();
+    open_trace("job");
+    klov_trace_exit();
+    trace_rescue();
+    EXPECT_EQ(file_contents(path("job")), "");
+}
+
+namespace {
+
+constexpr size_t longest_trace = 256 << 20;
+const std::string last_line = "trace is full.\n";
+
+// So many bytes of whole lines, the last one without its end if it is to be cut.
+void fill(size_t size)
+{
+    const std::string lines(65535, 'x');
+    for (; size >= 65536; size -= 65536) {
+        trace_put(lines.c_str(), "\n");
+    }
+    trace_put(std::string(size, 'y').c_str());
+    trace_flush();
+}
+
+}  // namespace
+
+TEST_F(Trace, AFullTraceEndsWithALineThatSaysSo)
+{
+    open_trace("job");
+    FILE *const handle = klov_trace_handle;
+    fill(longest_trace - 100);
+    trace_put("\nwhole\n", std::string(200, 'z').c_str(), "\n");
+    trace_flush();
+    EXPECT_FALSE(trace_is_open());
+    EXPECT_EQ(klov_trace_handle, handle);
+    EXPECT_EQ(open_descriptors_on(path("job")), 0);
+    trace_put("lost\n");
+    trace_flush();
+    klov_trace_exit();
+    const std::string text = file_contents(path("job"));
+    EXPECT_EQ(text.size(), longest_trace - 100 + strlen("\nwhole\n") + last_line.size());
+    EXPECT_EQ(text.substr(text.size() - 30), "yyyyyyyy\nwhole\n" + last_line);
+    open_trace("job");
+    trace_put("next\n");
+    trace_flush();
+    EXPECT_EQ(file_contents(path("job")), "next\n");
+}
+
+TEST_F(Trace, ALineThatIsCutGetsAnEnd)
+{
+    open_trace("job");
+    fill(longest_trace - 17);
+    fill(10);
+    klov_trace_exit();
+    const std::string text = file_contents(path("job"));
+    EXPECT_EQ(text.size(), longest_trace - 17 + 1 + last_line.size());
+    EXPECT_EQ(text.substr(text.size() - 20), "yyyy\n" + last_line);
+}
+
+TEST_F(Trace, NoTraceIsLongerThanItsLimit)
+{
+    for (const size_t rest : {0U, 14U, 15U, 16U}) {
+        open_trace("job");
+        fill(longest_trace - rest);
+        fill(rest + 1);
+        klov_trace_exit();
+        struct stat info;
+        ASSERT_EQ(stat(path("job").c_str(), &info), 0);
+        EXPECT_LE(static_cast<size_t>(info.st_size), longest_trace) << rest;
+    }
+}
+
 TEST_F(Trace, TheUmaskAloneLimitsWhoReadsTheFile)
 {
     const mode_t old_mask = umask(0027);

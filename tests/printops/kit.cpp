@@ -106,7 +106,7 @@ Ended run_to_end(const std::function<void()> &call)
     if (child == 0) {
         klov_trace_init(trace.path().c_str());
         call();
-        send_output();
+        flush_output();
         fflush(nullptr);
         _exit(came_back);
     }
