@@ -1,7 +1,7 @@
 // Texts from outside, as log and trace may show them.
 //
-// Standard error is a channel of control: the scheduler obeys lines that begin with STATE:, ATTR:, PPD: or PAGE:, and it
-// splits lines of more than 2,047 bytes. What a job brings (the texts of page headers, the option string), and every
+// Standard error is a channel of control: the scheduler obeys lines that begin with STATE:, ATTR:, PPD: or PAGE:, and
+// it splits lines of more than 2,047 bytes. What a job brings (the texts of page headers, the option string), and every
 // name and path from the command line, the environment and the PPD, is shown through shown() and in no other way.
 #pragma once
 

@@ -87,11 +87,11 @@ void dump_header(cups_page_header_t header)
         number(h.ImagingBoundingBox[3]), truth(h.InsertSheet), number(h.Jog), number(h.LeadingEdge),
         truth(h.ManualFeed), number(h.Margins[0]), number(h.Margins[1]), text(h.MediaClass).text,
         text(h.MediaColor).text, number(h.MediaPosition), text(h.MediaType).text, number(h.MediaWeight),
-        truth(h.MirrorPrint), truth(h.NegativePrint), number(h.NumCopies), number(h.Orientation),
-        truth(h.OutputFaceUp), text(h.OutputType).text, number(h.PageSize[0]), number(h.PageSize[1]),
-        truth(h.Separations), truth(h.TraySwitch), truth(h.Tumble), number(h.cupsBitsPerColor),
-        number(h.cupsBitsPerPixel), number(h.cupsBytesPerLine), number(h.cupsColorOrder), number(h.cupsColorSpace),
-        number(h.cupsCompression), number(h.cupsHeight), number(h.cupsMediaType), number(h.cupsRowCount),
-        number(h.cupsRowFeed), number(h.cupsRowStep), number(h.cupsWidth), number(h.cupsHeight));
+        truth(h.MirrorPrint), truth(h.NegativePrint), number(h.NumCopies), number(h.Orientation), truth(h.OutputFaceUp),
+        text(h.OutputType).text, number(h.PageSize[0]), number(h.PageSize[1]), truth(h.Separations),
+        truth(h.TraySwitch), truth(h.Tumble), number(h.cupsBitsPerColor), number(h.cupsBitsPerPixel),
+        number(h.cupsBytesPerLine), number(h.cupsColorOrder), number(h.cupsColorSpace), number(h.cupsCompression),
+        number(h.cupsHeight), number(h.cupsMediaType), number(h.cupsRowCount), number(h.cupsRowFeed),
+        number(h.cupsRowStep), number(h.cupsWidth), number(h.cupsHeight));
     log_text(lines, static_cast<size_t>(length));
 }

@@ -3,12 +3,12 @@
 
 #include "diag/hex.h"
 
-#include <charconv>
 #include <errno.h>
 #include <fcntl.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <charconv>
+#include <iterator>
 
 FILE *klov_trace_handle = nullptr;
 FILE *closed_trace = nullptr;

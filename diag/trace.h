@@ -41,7 +41,9 @@ inline void trace_append(const char *text)
     waiting_lines.length += length;
 }
 
-// Append texts and numbers, which make a line together or with what comes before and behind them.
+// Append texts and numbers, which make a line together or with what comes before and behind them. Not by printf: three
+// lines and their write take 0.45 us for 0.9 (block_lines and block_lines_by_printf in bench/micro.cpp), and 50 pages of
+// text have 50,000 lines.
 template <typename... Piece>
 inline void trace_put(const Piece &...piece)
 {

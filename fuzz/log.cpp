@@ -62,7 +62,9 @@ cups_page_header_t any_header(fuzz::Input &input)
 {
     cups_page_header_t header = {};
     const std::vector<uint8_t> bytes = input.bytes(sizeof header);
-    memcpy(&header, bytes.data(), bytes.size());
+    if (!bytes.empty()) {
+        memcpy(&header, bytes.data(), bytes.size());
+    }
     return header;
 }
 

@@ -1,5 +1,6 @@
-// Preloaded into the filter: it crashes in mid job. When a block of FAULT_SIZE bytes is asked for, the signal FAULT_SIGNAL
-// comes; without that variable the block is given, but nobody may touch it, so that whoever uses it first crashes.
+// Preloaded into the filter: it crashes in mid job. When a block of FAULT_SIZE bytes is asked for, the signal
+// FAULT_SIGNAL comes; without that variable the block is given, but nobody may touch it, so that whoever uses it first
+// crashes.
 #define _GNU_SOURCE
 #include <signal.h>
 #include <stdlib.h>

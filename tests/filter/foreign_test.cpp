@@ -33,7 +33,10 @@ TEST(ForeignText, EveryByteIsItselfOrSpeltOut)
 
 TEST(ForeignText, OrdinaryTextsStayByteForByte)
 {
-    for (const char *text : {"", "Roll", "100%s%n", "\\x0a", "Gr\xC3\xB6\xC3\x9F""e", "\xFF\x80"}) {
+    for (const char *text : {"", "Roll", "100%s%n", "\\x0a",
+                             "Gr\xC3\xB6\xC3\x9F"
+                             "e",
+                             "\xFF\x80"}) {
         EXPECT_EQ(seen(text), text);
     }
 }

@@ -160,8 +160,7 @@ TEST(OutputChannel, TextSendsItsTraceLines)
     }
     klov_trace_exit();
     klov_trace_handle = nullptr;
-    EXPECT_EQ(lines,
-              "+write_string start(data_size:1).\n\tText:x.\n\tHex:0x78 \n-write_string finished(writed:1).\n");
+    EXPECT_EQ(lines, "+write_string start(data_size:1).\n\tText:x.\n\tHex:0x78 \n-write_string finished(writed:1).\n");
     EXPECT_EQ(left, 1U);
 }
 
