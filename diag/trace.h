@@ -42,8 +42,8 @@ inline void trace_append(const char *text)
 }
 
 // Append texts and numbers, which make a line together or with what comes before and behind them. Not by printf: three
-// lines and their write take 0.45 us for 0.9 (block_lines and block_lines_by_printf in bench/micro.cpp), and 50 pages of
-// text have 50,000 lines.
+// lines and their write take 0.45 us for 0.9 (block_lines and block_lines_by_printf in bench/micro.cpp), and 50 pages
+// of text have 50,000 lines.
 template <typename... Piece>
 inline void trace_put(const Piece &...piece)
 {
