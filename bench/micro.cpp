@@ -130,13 +130,21 @@ BENCHMARK_CAPTURE(compress, black, black)->Arg(72);
 BENCHMARK_CAPTURE(compress, texture, texture)->Arg(72);
 BENCHMARK_CAPTURE(compress, noise, noise)->Arg(72);
 
+// A trace that is full is closed, and costs nothing any more.
+void keep_trace_open()
+{
+    if (!trace_is_open()) {
+        klov_trace_init("/dev/null");
+    }
+}
+
 // With its flush: a dump of one band and one write.
 void hex_dump(benchmark::State &state, maker make)
 {
-    klov_trace_init("/dev/null");
     const rows_of_bytes rows = make(72);
     for (auto _ : state) {
-        trace_hex(rows.data(), static_cast<uint32_t>(rows.size()));
+        keep_trace_open();
+        trace_hex(rows.data(), rows.size());
         trace_flush();
     }
     klov_trace_exit();
@@ -146,27 +154,36 @@ BENCHMARK_CAPTURE(hex_dump, black, black);
 BENCHMARK_CAPTURE(hex_dump, texture, texture);
 BENCHMARK_CAPTURE(hex_dump, noise, noise);
 
-void trace_formatted(benchmark::State &state)
+// A band's lines about one block that is written, with their flush: put together from pieces, and by printf.
+void block_lines(benchmark::State &state)
 {
-    klov_trace_init("/dev/null");
     for (auto _ : state) {
-        trace_text("+write_bytes start(data_size:%d):\n", 1008);
-        trace_flush();
-    }
-    klov_trace_exit();
-}
-BENCHMARK(trace_formatted);
-
-void trace_put_together(benchmark::State &state)
-{
-    klov_trace_init("/dev/null");
-    for (auto _ : state) {
+        keep_trace_open();
         trace_put("+write_bytes start(data_size:", 1008, "):\n");
+        trace_put("-write_bytes finished(writed:", 1, ").\n");
+        trace_finished("print_dotline", 0);
         trace_flush();
     }
     klov_trace_exit();
 }
-BENCHMARK(trace_put_together);
+BENCHMARK(block_lines);
+
+void block_lines_by_printf(benchmark::State &state)
+{
+    char line[64];
+    for (auto _ : state) {
+        keep_trace_open();
+        snprintf(line, sizeof line, "+write_bytes start(data_size:%d):\n", 1008);
+        trace_put(line);
+        snprintf(line, sizeof line, "-write_bytes finished(writed:%d).\n", 1);
+        trace_put(line);
+        snprintf(line, sizeof line, "-%s finished(%d) %s\n", "print_dotline", 0, "success.");
+        trace_put(line);
+        trace_flush();
+    }
+    klov_trace_exit();
+}
+BENCHMARK(block_lines_by_printf);
 
 void encode_raster_header(benchmark::State &state)
 {

@@ -16,16 +16,21 @@ char info_buf[info_buf_size];
 
 namespace {
 
-// Lines held back so that they reach the scheduler together.
-char held[8192];
-size_t held_length = 0;
+// The scheduler splits lines of more than 2,047 bytes, and would take what follows for a line of its own.
+constexpr size_t longest_line = 1999;
+
+// Lines on their way. Every write wakes the scheduler, so those that belong together share one.
+char waiting[8192];
+size_t waiting_length = 0;
 bool holding = false;
 
-void send_held()
+// What is logged is in the trace before.
+void send_lines()
 {
-    if (held_length > 0) {
-        fwrite(held, 1, held_length, stderr);
-        held_length = 0;
+    trace_flush();
+    if (waiting_length > 0) {
+        fwrite(waiting, 1, waiting_length, stderr);
+        waiting_length = 0;
     }
 }
 
@@ -52,53 +57,36 @@ __attribute__((format(printf, 2, 3))) void format_message(char (&text)[message_s
     va_end(arguments);
 }
 
-const char *level_word(int32_t level)
-{
-    switch (level) {
-        case level_info:
-            return "INFO";
-        case level_debug:
-        case level_dump:
-            return "DEBUG";
-        case level_fatal:
-            return "ERROR";
-        case level_output:
-            return "OUTPUT";
-        default:
-            return nullptr;
-    }
-}
-
 }  // namespace
 
 void log_text(const char *text, size_t length)
 {
-    if (holding && length <= sizeof held - held_length) {
-        memcpy(held + held_length, text, length);
-        held_length += length;
-        return;
+    if (length > sizeof waiting - waiting_length) {
+        send_lines();
     }
-    send_held();
-    fwrite(text, 1, length, stderr);
+    const size_t fitting = length < sizeof waiting ? length : sizeof waiting;
+    memcpy(waiting + waiting_length, text, fitting);
+    waiting_length += fitting;
+    if (!holding) {
+        send_lines();
+    }
 }
 
 void log_line(const char *format, ...)
 {
+    char line[longest_line + 1];
     va_list arguments;
-    if (holding) {
-        const size_t room = sizeof held - held_length;
-        va_start(arguments, format);
-        const int length = vsnprintf(held + held_length, room, format, arguments);
-        va_end(arguments);
-        if (length >= 0 && static_cast<size_t>(length) < room) {
-            held_length += static_cast<size_t>(length);
-            return;
-        }
-        send_held();
-    }
     va_start(arguments, format);
-    vfprintf(stderr, format, arguments);
+    const int length = vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
+    if (length < 0) {
+        return;
+    }
+    if (length > static_cast<int>(longest_line)) {
+        constexpr char cut[] = "...\n";
+        memcpy(line + sizeof line - sizeof cut, cut, sizeof cut);
+    }
+    log_text(line, strlen(line));
 }
 
 void hold_messages()
@@ -109,34 +97,30 @@ void hold_messages()
 void release_messages()
 {
     holding = false;
-    trace_flush();
-    send_held();
+    send_lines();
 }
 
 void msg(int32_t level, const char *text)
 {
-    const char *word = level_word(level);
-    if (word != nullptr) {
-        trace_text("%s: %s\n", word, text);
-        if (!holding) {
-            trace_flush();
-        }
-    }
     switch (level) {
         case level_info:
+            trace_put("INFO: ", text, "\n");
             info(text);
             break;
         case level_debug:
+            trace_put("DEBUG: ", text, "\n");
             debug(text);
             break;
         case level_dump:
+            trace_put("DEBUG: ", text, "\n");
             dump(text);
             break;
         case level_output:
+            trace_put("OUTPUT: ", text, "\n");
             write_string(text);
             break;
         case level_fatal:
-            klov_trace_exit();
+            trace_put("ERROR: ", text, "\n");
             error(text);
         default:
             break;
@@ -148,7 +132,7 @@ void msg(int32_t level, const char *text)
 
 int32_t msgerrno(int32_t level, int32_t code)
 {
-    static char text[message_size];
+    char text[message_size];
     if (code == 0) {
         return 0;
     }
@@ -159,7 +143,7 @@ int32_t msgerrno(int32_t level, int32_t code)
 
 int32_t msgerrno2(int32_t level, int32_t code, const char *prefix)
 {
-    static char text[message_size];
+    char text[message_size];
     if (code == 0) {
         return 0;
     }

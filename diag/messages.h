@@ -1,4 +1,5 @@
-// Messages to the CUPS scheduler: lines on standard error with a level prefix, copied to the trace.
+// Messages to the CUPS scheduler: lines on standard error with a level prefix, copied to the trace. Texts that are not
+// our own go through shown() first.
 #pragma once
 
 #include <cups/raster.h>
@@ -43,8 +44,8 @@ void dump_header(cups_page_header_t header);
 void hold_messages();
 void release_messages();
 
-// Append text to the scheduler's log as it is.
+// Append whole lines to the scheduler's log as they are, at most 8,192 bytes.
 void log_text(const char *text, size_t length);
 
-// Append one formatted line to the scheduler's log.
+// Append one formatted line to the scheduler's log. A line that the scheduler would split is cut.
 __attribute__((format(printf, 1, 2))) void log_line(const char *format, ...);

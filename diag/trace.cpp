@@ -1,240 +1,159 @@
 // The trace channel: opening, closing, lines and byte dumps.
-//
-// Every job is traced and every printer byte shows up in the trace, so this is a hot path: lines are gathered in one
-// large buffer, which a flush hands to the system in one write, and bytes are put into words by a table.
 #include "diag/trace.h"
+
+#include "diag/hex.h"
 
 #include <errno.h>
 #include <fcntl.h>
-#include <stdarg.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <charconv>
+#include <iterator>
 
 FILE *klov_trace_handle = nullptr;
 FILE *closed_trace = nullptr;
+trace_lines waiting_lines;
 
 namespace {
 
-// Lines that wait for their flush. The dump of a whole print band fits. The stream itself has no buffer, so that
-// nothing is copied twice.
-constexpr size_t pending_size = 65536;
-char pending[pending_size];
-size_t pending_length = 0;
+// What a trace file may grow to: a job without an end is not to fill /tmp.
+constexpr uint64_t longest_trace = 256 << 20;
+constexpr char last_line[] = "trace is full.\n";
+constexpr size_t last_line_length = sizeof last_line - 1;
 
-// The trace that was opened here, and its descriptor: bytes go to it without a detour through the stream, which a
-// flush a band would pay thousands of times. Others are standard output, or a stream of the caller's.
-FILE *own_trace = nullptr;
-int own_descriptor = -1;
+// The file behind file_stream.
+int descriptor = -1;
+uint64_t written = 0;
+bool within_line = false;
 
-void write_out(const char *bytes, size_t size)
+// Stands for every trace file in turn and is never freed. A closed stream's memory would go to the next stream that the
+// program opens, which then could not be told from the closed trace.
+FILE *file_stream = nullptr;
+
+void close_file()
 {
-    if (klov_trace_handle != own_trace) {
-        fwrite_unlocked(bytes, 1, size, klov_trace_handle);
-        return;
+    if (descriptor >= 0) {
+        close(descriptor);
     }
+    descriptor = -1;
+}
+
+// What the system does not take is lost: a trace stops nobody.
+void write_all(const char *bytes, size_t size)
+{
     while (size > 0) {
-        const ssize_t written = write(own_descriptor, bytes, size);
-        if (written > 0) {
-            bytes += written;
-            size -= static_cast<size_t>(written);
-        } else if (written == 0 || errno != EINTR) {
+        const ssize_t count = write(descriptor, bytes, size);
+        if (count > 0) {
+            bytes += count;
+            size -= static_cast<size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
             return;
         }
     }
 }
 
-void send_pending()
+// The whole lines that still fit, and a last one.
+void write_end(const char *bytes, size_t size)
 {
-    if (pending_length > 0) {
-        write_out(pending, pending_length);
-        pending_length = 0;
+    const uint64_t room = longest_trace - last_line_length - written;
+    size_t fitting = size < room ? size : static_cast<size_t>(room);
+    while (fitting > 0 && bytes[fitting - 1] != '\n') {
+        fitting -= 1;
     }
+    write_all(bytes, fitting);
+    if (fitting == 0 && within_line) {
+        write_all("\n", 1);
+    }
+    write_all(last_line, last_line_length);
 }
 
-// Closes the stream but keeps the FILE object: opening the empty name always fails, after the old file was closed.
-void close_trace()
+// Whatever is put to file_stream comes here. Nothing but system calls, so that a crash can come here too.
+ssize_t write_file(void *, const char *bytes, size_t size)
 {
-    const int saved_errno = errno;
-    fflush(klov_trace_handle);
-    // cppcheck-suppress leakReturnValNotUsed ; it is the same stream, or null
-    if (freopen("", "w", klov_trace_handle) == nullptr) {
-        closed_trace = klov_trace_handle;
+    if (descriptor < 0 || size == 0) {
+        return 0;
     }
-    own_trace = nullptr;
-    errno = saved_errno;
-}
-
-void forget_closed_trace()
-{
-    const int saved_errno = errno;
-    if (closed_trace != nullptr) {
-        fclose(closed_trace);
-        closed_trace = nullptr;
+    // One byte is left for the end of a line that is cut.
+    if (size >= longest_trace - last_line_length - written) {
+        write_end(bytes, size);
+        close_file();
+        closed_trace = file_stream;
+    } else {
+        write_all(bytes, size);
+        written += size;
+        within_line = bytes[size - 1] != '\n';
     }
-    errno = saved_errno;
+    return static_cast<ssize_t>(size);
 }
 
 // A job must not hang on its trace: neither the opening waits (for a named pipe's reader, for a modem's carrier) nor,
-// on a named pipe, a write. Everywhere else a write may wait, so that no part of a line is lost.
+// on a named pipe, a write. Everywhere else a write may wait, so that no part of a line is lost. Appending keeps the
+// traces of two jobs at once free of holes.
 int open_target(const char *target)
 {
-    const int fd = open(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    const int fd = open(target, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
     if (fd < 0) {
         return -1;
     }
     struct stat info;
     if (fstat(fd, &info) == 0 && !S_ISFIFO(info.st_mode)) {
-        fcntl(fd, F_SETFL, 0);
+        fcntl(fd, F_SETFL, O_APPEND);
     }
     return fd;
 }
 
-FILE *open_trace(const char *target)
+FILE *make_stream()
 {
-    const int fd = open_target(target);
-    if (fd < 0) {
-        return nullptr;
+    cookie_io_functions_t functions = {};
+    functions.write = write_file;
+    FILE *const stream = fopencookie(nullptr, "w", functions);
+    if (stream != nullptr) {
+        setvbuf(stream, nullptr, _IONBF, 0);
     }
-    FILE *stream = fdopen(fd, "wb");
-    if (stream == nullptr) {
-        const int saved_errno = errno;
-        close(fd);
-        errno = saved_errno;
-        return nullptr;
-    }
-    setvbuf(stream, nullptr, _IONBF, 0);
-    own_trace = stream;
-    own_descriptor = fd;
     return stream;
 }
 
-// One byte in words: "0x0 " to "0xff ". Eight bytes without alignment, so that a byte's text is copied with one load
-// and one store.
-struct hex_word {
-    char text[7];
-    uint8_t length;
-};
-
-struct hex_table {
-    hex_word words[256];
-};
-
-constexpr char hex_digits[] = "0123456789abcdef";
-constexpr size_t longest_word = 5;
-
-constexpr hex_table make_hex_table()
+FILE *open_file(const char *target)
 {
-    hex_table table = {};
-    for (unsigned value = 0; value < 256; ++value) {
-        hex_word &word = table.words[value];
-        word.text[word.length++] = '0';
-        word.text[word.length++] = 'x';
-        if (value >= 16) {
-            word.text[word.length++] = hex_digits[value >> 4];
-        }
-        word.text[word.length++] = hex_digits[value & 0xF];
-        word.text[word.length++] = ' ';
+    descriptor = open_target(target);
+    written = 0;
+    within_line = false;
+    if (descriptor >= 0 && file_stream == nullptr) {
+        file_stream = make_stream();
     }
-    return table;
-}
-
-constexpr hex_table hex = make_hex_table();
-static_assert(sizeof(hex_word) == 8);
-
-// Eight bytes in words: a step of the loop below, and what it can repeat.
-struct hex_step {
-    char text[8 * longest_word];
-};
-
-inline char *put_hex_word(char *out, uint8_t byte)
-{
-    const hex_word &word = hex.words[byte];
-    *reinterpret_cast<hex_word *>(out) = word;
-    return out + word.length;
-}
-
-// Eight bytes, spelt out: a loop's own steps would be a third of its work.
-inline char *put_hex_step(char *out, const uint8_t *bytes)
-{
-    out = put_hex_word(out, bytes[0]);
-    out = put_hex_word(out, bytes[1]);
-    out = put_hex_word(out, bytes[2]);
-    out = put_hex_word(out, bytes[3]);
-    out = put_hex_word(out, bytes[4]);
-    out = put_hex_word(out, bytes[5]);
-    out = put_hex_word(out, bytes[6]);
-    return put_hex_word(out, bytes[7]);
-}
-
-uint64_t load_step(const uint8_t *bytes)
-{
-    uint64_t word;
-    memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// Puts the bytes' words to out, which has room for a whole step behind the last one. Returns the end. White, black and
-// patterned areas repeat the same bytes: their words are put again as long as they come.
-char *put_hex(char *out, const uint8_t *bytes, uint32_t size)
-{
-    uint32_t at = 0;
-    while (size - at >= 8) {
-        const uint64_t word = load_step(bytes + at);
-        const char *start = out;
-        out = put_hex_step(out, bytes + at);
-        at += 8;
-        if (size - at < 8 || load_step(bytes + at) != word) {
-            continue;
-        }
-        const ptrdiff_t length = out - start;
-        const hex_step step = *reinterpret_cast<const hex_step *>(start);
-        do {
-            *reinterpret_cast<hex_step *>(out) = step;
-            out += length;
-            at += 8;
-        } while (size - at >= 8 && load_step(bytes + at) == word);
+    if (file_stream == nullptr) {
+        close_file();
     }
-    for (; at < size; ++at) {
-        out = put_hex_word(out, bytes[at]);
-    }
-    return out;
+    return descriptor >= 0 ? file_stream : nullptr;
 }
 
-// Appends to the pending lines; a text that is longer than all of them goes out by itself.
-void append_format(const char *format, va_list args)
+void send_lines()
 {
-    va_list again;
-    va_copy(again, args);
-    const size_t room = pending_size - pending_length;
-    const int length = vsnprintf(pending + pending_length, room, format, args);
-    if (length >= 0 && static_cast<size_t>(length) < room) {
-        pending_length += static_cast<size_t>(length);
-    } else {
-        send_pending();
-        vfprintf(klov_trace_handle, format, again);
+    if (waiting_lines.length > 0) {
+        fwrite_unlocked(waiting_lines.text, 1, waiting_lines.length, klov_trace_handle);
+        waiting_lines.length = 0;
     }
-    va_end(again);
 }
 
-void append_text(const char *text, size_t length)
+// Room for so many more bytes behind the lines that wait.
+char *make_room(size_t size)
 {
-    if (length > pending_size - pending_length) {
-        send_pending();
+    if (size > sizeof waiting_lines.text - waiting_lines.length) {
+        send_lines();
     }
-    if (length > pending_size) {
-        write_out(text, length);
-        return;
-    }
-    memcpy(pending + pending_length, text, length);
-    pending_length += length;
+    return waiting_lines.text + waiting_lines.length;
 }
 
-// To the trace's pending lines, or to a stream of the caller's own.
+void grow_to(const char *end)
+{
+    waiting_lines.length = static_cast<size_t>(end - waiting_lines.text);
+}
+
+// To the lines that wait, or to a stream of the caller's own.
 void put_text(FILE *stream, const char *text)
 {
     if (stream == klov_trace_handle) {
-        append_text(text, strlen(text));
+        trace_append(text);
     } else {
         fputs(text, stream);
     }
@@ -245,26 +164,22 @@ void put_text(FILE *stream, const char *text)
 int32_t klov_trace_init(const char *target)
 {
     klov_trace_exit();
-    klov_trace_handle = nullptr;
-    forget_closed_trace();
-    klov_trace_handle = strcmp(target, "stdout") == 0 ? stdout : open_trace(target);
+    waiting_lines.length = 0;
+    klov_trace_handle = strcmp(target, "stdout") == 0 ? stdout : open_file(target);
+    closed_trace = nullptr;
     return errno;
 }
 
 void klov_trace_exit(void)
 {
-    if (!trace_is_open()) {
-        return;
-    }
-    send_pending();
-    if (klov_trace_handle != stdout) {
-        close_trace();
-    }
+    trace_flush();
+    close_file();
+    closed_trace = klov_trace_handle != stdout ? klov_trace_handle : nullptr;
 }
 
 void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
 {
-    if (stream == nullptr || stream == closed_trace) {
+    if (stream == nullptr || (stream == klov_trace_handle && !trace_is_open())) {
         return;
     }
     char opening[24];
@@ -278,81 +193,56 @@ void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
     trace_flush();
 }
 
-void trace_text(const char *format, ...)
+void trace_append_long(const char *text, size_t length)
 {
-    if (!trace_is_open()) {
-        return;
+    while (length > 0) {
+        char *const room = make_room(1);
+        const size_t most = static_cast<size_t>(std::end(waiting_lines.text) - room);
+        const size_t count = length < most ? length : most;
+        memcpy(room, text, count);
+        grow_to(room + count);
+        text += count;
+        length -= count;
     }
-    va_list args;
-    va_start(args, format);
-    append_format(format, args);
-    va_end(args);
 }
 
-void trace_line(const char *format, ...)
+void trace_append(int32_t number)
 {
-    if (!trace_is_open()) {
-        return;
-    }
-    va_list args;
-    va_start(args, format);
-    append_format(format, args);
-    va_end(args);
-    trace_flush();
+    constexpr size_t longest_number = 11;
+    char *const room = make_room(longest_number);
+    grow_to(std::to_chars(room, room + longest_number, number).ptr);
 }
 
-void trace_piece(const char *text, size_t length)
+void trace_hex(const uint8_t *bytes, size_t size)
 {
-    append_text(text, length);
-}
-
-char *trace_room(size_t size)
-{
-    if (size > pending_size - pending_length) {
-        send_pending();
-    }
-    return pending + pending_length;
-}
-
-void trace_grow(const char *end)
-{
-    pending_length = static_cast<size_t>(end - pending);
-}
-
-void trace_hex(const uint8_t *bytes, uint32_t size)
-{
+    constexpr size_t most_at_once = 4096;
     if (!trace_is_open()) {
         return;
     }
     while (size > 0) {
-        const size_t room = pending_size - pending_length;
-        const size_t fitting = room > sizeof(hex_step) ? (room - sizeof(hex_step)) / longest_word : 0;
-        const uint32_t count = size < fitting ? size : static_cast<uint32_t>(fitting);
-        const char *end = put_hex(pending + pending_length, bytes, count);
-        pending_length = static_cast<size_t>(end - pending);
+        const size_t count = size < most_at_once ? size : most_at_once;
+        grow_to(put_hex(make_room(count * longest_hex_word + hex_slack), bytes, count));
         bytes += count;
         size -= count;
-        if (size > 0) {
-            send_pending();
-        }
     }
 }
 
-void put_finished(const char *operation, int32_t status)
+void trace_finished(const char *operation, int32_t status)
 {
-    trace_put("-");
-    append_text(operation, strlen(operation));
-    if (status == 0) {
-        trace_put(" finished(", status, ") success.\n");
-    } else {
-        trace_put(" finished(", status, ") fail!\n");
+    trace_put("-", operation, " finished(", status, status == 0 ? ") success.\n" : ") fail!\n");
+}
+
+void trace_flush()
+{
+    if (trace_is_open()) {
+        send_lines();
+        fflush_unlocked(klov_trace_handle);
     }
 }
 
-void send_trace()
+void trace_rescue()
 {
-    send_pending();
-    if (klov_trace_handle != own_trace) {
-        fflush(klov_trace_handle);
+    if (trace_is_open()) {
+        write_file(nullptr, waiting_lines.text, waiting_lines.length);
     }
 }

@@ -17,15 +17,26 @@ ppdc -d "$out/ppd" "$build/ppd/klov.drv"
 cupsfilter -e -p "$out/ppd/$model.ppd" -m application/vnd.cups-raster "$document" \
   >"$out/receipt.ras" 2>"$out/cups.log" || { cat "$out/cups.log" >&2; exit 1; }
 
-PPD="$out/ppd/$model.ppd" "$build/filter/rastertoklov" 1 demo "Receipt" 1 "$options" "$out/receipt.ras" \
-  >"$out/receipt.bin" 2>"$out/filter.log" || { cat "$out/filter.log" >&2; exit 1; }
+# The filter gets a /tmp of its own: its trace is then this run's, and none is left behind that the scheduler's user could
+# not write over. All that it needs lies in the current folder, which stays within reach whatever covers /tmp.
+private=(unshare --mount)
+[ "$(id -u)" -eq 0 ] || private+=(--map-root-user)
+cp "$build/filter/rastertoklov" "$out/ppd/"
+rm -f "$out/filter.trace"
+# shellcheck disable=SC2016 # these are the inner shell's words
+run='PPD=ppd/$1.ppd ppd/rastertoklov 1 demo Receipt 1 "$2" receipt.ras >receipt.bin 2>filter.log'
+if "${private[@]}" mount -t tmpfs tmpfs /tmp 2>/dev/null; then
+  run="mount -t tmpfs tmpfs /tmp && $run && cp /tmp/klov-raster filter.trace"
+else
+  private=()
+  run="$run && { [ ! -O /tmp/klov-raster ] || rm /tmp/klov-raster; }"
+fi
+(cd "$out" && "${private[@]}" sh -c "$run" sh "$model" "$options") || { cat "$out/filter.log" >&2; exit 1; }
 rm -rf "$out/ppd"
 
-# The trace has every run of rows as the filter saw it; without paper saving a blank run is fed as it is. The file of
-# another user's job cannot be written over, and tells nothing of this one.
-rows="unknown: the trace /tmp/klov-raster belongs to another user"
-if [ -O /tmp/klov-raster ]; then
-  cp /tmp/klov-raster "$out/filter.trace"
+rows="unknown: this system gives the filter no /tmp of its own"
+# The trace has every run of rows as the filter saw it; without paper saving a blank run is fed as it is.
+if [ -f "$out/filter.trace" ]; then
   rows=$(awk -F '[:),]' '/^\+print_dotline/ { ink += $6 } /^\+print_blank/ && $2 > 0 { fed += $2 }
     END { printf "%d printed, %d fed", ink, fed }' "$out/filter.trace")
 fi

@@ -25,12 +25,13 @@ void set_action(void (*handler)(int))
     sigaction(SIGTERM, &action, nullptr);
 }
 
-// Writes to the trace with standard I/O: safe, since it only ever interrupts the reading of a page header.
+// Writes to the trace: safe, since it only ever interrupts the reading of a page header, when no lines wait.
 void cancel_handler(int signum)
 {
-    trace_line("+cancel_handler(signum:%d) start.\n", signum);
+    trace_put("+cancel_handler(signum:", signum, ") start.\n");
     cancel_flag = 1;
-    trace_line("-cancel_handler finished.");
+    trace_put("-cancel_handler finished.");
+    trace_flush();
 }
 
 }  // namespace

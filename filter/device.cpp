@@ -72,7 +72,7 @@ int32_t klov_printer_dev_creator(const char *options, printer_dev **handle)
 
     get_options(dev, options);
     dump_options(record);
-    trace_line("-dump options finished.\n");
+    trace_put("-dump options finished.\n");
 
     // Unsigned on purpose: odd widths from the options wrap, and page processing refuses rows that do not fit.
     const uint32_t strip_size =

@@ -7,6 +7,8 @@
 #include "printops/finishing.h"
 #include "printops/output.h"
 
+#include <stdio.h>
+
 namespace {
 
 constexpr int32_t at_start = 1;
@@ -21,6 +23,15 @@ int32_t dots_of(const dev_options &options, int32_t millimetres)
 {
     const float dots = static_cast<float>(millimetres) / options.dot_unit;
     return whole_number(static_cast<double>(dots));
+}
+
+// How a distance of the options became dots.
+void trace_distance(const char *what, const dev_options &options, int32_t dots, int32_t millimetres)
+{
+    char unit[64];
+    snprintf(unit, sizeof unit, "%f", static_cast<double>(options.dot_unit));
+    // The label says feeddistance in either case; trace readers rely on the text.
+    trace_put("*end_doc ", what, " = ", dots, ", feeddistance = ", millimetres, ", dot_unit = ", unit, ".\n");
 }
 
 // Beeps, drawers and logo whose control option names this moment.
@@ -51,15 +62,12 @@ void run_post_print_action(printer_dev *dev)
     if (options.postprintaction == action_feed) {
         const int32_t dots = dots_of(options, options.feeddistance);
         print_blank(dev, dots);
-        trace_line("*end_doc feed_dots = %d, feeddistance = %d, dot_unit = %f.\n", dots, options.feeddistance,
-                   static_cast<double>(options.dot_unit));
+        trace_distance("feed_dots", options, dots, options.feeddistance);
     } else if (options.postprintaction == action_feed_and_cut) {
         const int32_t dots = dots_of(options, options.cutdistance);
         print_blank(dev, dots);
         print_cut_page(dev);
-        // The label says feeddistance here too; trace readers rely on the text.
-        trace_line("*end_doc cut_dots = %d, feeddistance = %d, dot_unit = %f.\n", dots, options.cutdistance,
-                   static_cast<double>(options.dot_unit));
+        trace_distance("cut_dots", options, dots, options.cutdistance);
     }
 }
 
@@ -68,7 +76,7 @@ void run_post_print_action(printer_dev *dev)
 void start_doc(printer_dev *dev)
 {
     const dev_options &options = *dev->devOptions;
-    trace_line("+start_doc start.\n");
+    trace_put("+start_doc start.\n");
     flush_output();
     dev->state->lastStripBlanksHeight = 0;
     if (options.speed != -1) {
@@ -82,21 +90,21 @@ void start_doc(printer_dev *dev)
     }
     run_peripherals(dev, at_start);
     flush_output();
-    trace_line("-start_doc finished.\n");
+    trace_put("-start_doc finished.\n");
 }
 
 void start_page(printer_dev *dev)
 {
-    trace_text("+start_page start.\n");
+    trace_put("+start_page start.\n");
     dev->state->unfed_blank_rows = 0;
     dev->state->lastStripBlanksHeight = 0;
-    trace_line("-start_page finished.\n");
+    trace_put("-start_page finished.\n");
 }
 
 void end_page(printer_dev *dev)
 {
     const dev_options &options = *dev->devOptions;
-    trace_text("+end_page start.\n");
+    trace_put("+end_page start.\n");
     dev->state->unfed_blank_rows = 0;
     if (!options.pagemode && options.ticketmode) {
         dev->state->lastStripBlanksHeight = 0;
@@ -108,26 +116,23 @@ void end_page(printer_dev *dev)
         print_blank(dev, dots_of(options, options.cutdistance));
         print_cut_page(dev);
     }
-    trace_line("-end_page finished.\n");
+    trace_put("-end_page finished.\n");
 }
 
 void end_doc(printer_dev *dev)
 {
     const dev_options &options = *dev->devOptions;
-    trace_line("+end_doc start.\n");
+    trace_put("+end_doc start.\n");
     if (options.fwdfeed != 0) {
-        trace_line("\tfwdfeed:%d.\n", options.fwdfeed);
+        trace_put("\tfwdfeed:", options.fwdfeed, ".\n");
         if (options.fwdfeed != -1) {
             print_blank(dev, options.fwdfeed);
         }
     }
     // Without ticket mode no kind of cut asks for anything here: the cut comes with the post-print action.
-    trace_line("\tticketmode:%d.\n", static_cast<int>(options.ticketmode));
-    if (!options.ticketmode) {
-        trace_line("\tticketmode:False.\n");
-    }
+    trace_put(options.ticketmode ? "\tticketmode:1.\n" : "\tticketmode:0.\n\tticketmode:False.\n");
     run_peripherals(dev, at_end);
     run_post_print_action(dev);
     flush_output();
-    trace_line("-end_doc finished.\n");
+    trace_put("-end_doc finished.\n");
 }

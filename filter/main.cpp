@@ -2,6 +2,7 @@
 #include "diag/messages.h"
 #include "diag/trace.h"
 #include "filter/cancel.h"
+#include "filter/crash.h"
 #include "filter/device.h"
 #include "filter/document.h"
 #include "filter/page.h"
@@ -9,11 +10,12 @@
 #include "printops/blank.h"
 #include "printops/output.h"
 
-#include <alloca.h>
 #include <fcntl.h>
 #include <klov/trace.h>
 #include <klov/version.h>
+#include <signal.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -50,11 +52,29 @@ void open_diagnostics()
              KLOV_VERSION_MINOR, KLOV_VERSION_PATCH);
 }
 
-// A vanished backend or scheduler must show as a failed write and not kill the filter without a word.
+// A vanished backend or scheduler, and a limit on the size of files, must show as a failed write and not kill the
+// filter without a word.
 void prepare_streams()
 {
     occupy_standard_streams();
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+}
+
+// On the heap: a job's option string may be longer than the stack.
+printer_dev *create_device(const char *job_options)
+{
+    char *const options = strdup(job_options);
+    if (options == nullptr) {
+        error("Cannot allocate options buffer");
+    }
+    printer_dev *device = nullptr;
+    const int32_t status = klov_printer_dev_creator(options, &device);
+    if (status != 0) {
+        msgerrno2(level_fatal, status, "ERROR: failed init printer device object.");
+    }
+    free(options);
+    return device;
 }
 
 int open_input(int argc, char **argv)
@@ -104,12 +124,12 @@ void end_document(printer_dev *device)
 {
     const int32_t withheld = device->state->lastStripBlanksHeight;
     const bool pagemode = device->devOptions->pagemode;
-    trace_line("\tbefore end_doc,lastStripBlanksHeight:%d,pagemode:%s.\n", withheld, pagemode ? "YES" : "NO");
+    trace_put("\tbefore end_doc,lastStripBlanksHeight:", withheld, ",pagemode:", pagemode ? "YES" : "NO", ".\n");
     if (withheld != 0 && pagemode) {
-        trace_line("print lastStripBlanksHeight:%d.\n", withheld);
+        trace_put("print lastStripBlanksHeight:", withheld, ".\n");
         print_blank(device, withheld);
     }
-    trace_line("end_docing.\n");
+    trace_put("end_docing.\n");
     end_doc(device);
 }
 
@@ -117,7 +137,7 @@ void print_document(printer_dev *device, cups_raster_t *stream)
 {
     flush_output();
     start_doc(device);
-    trace_line("\tstart_doc.\n");
+    trace_put("\tstart_doc.\n");
     print_pages(device, stream);
     if (input.input.failed && cancel_flag == 0) {
         error("Unable to read raster data");
@@ -127,7 +147,7 @@ void print_document(printer_dev *device, cups_raster_t *stream)
     } else {
         msg(level_debug, "Print job was cancelled");
     }
-    trace_line("Closing.\n");
+    trace_put("Closing.\n");
     flush_and_check_output();
 }
 
@@ -136,18 +156,12 @@ void print_document(printer_dev *device, cups_raster_t *stream)
 int main(int argc, char **argv)
 {
     prepare_streams();
+    catch_crashes();
     open_diagnostics();
     if (argc < 6 || argc > 7) {
         error("ERROR: rastertoklov job-id user title copies options [file]\n");
     }
-    const size_t options_size = strlen(argv[5]) + 1;
-    // cppcheck-suppress allocaCalled ; one block for the whole job, bounded by the system's limit on arguments
-    char *options = static_cast<char *>(memcpy(alloca(options_size), argv[5], options_size));
-    printer_dev *device = nullptr;
-    const int32_t status = klov_printer_dev_creator(options, &device);
-    if (status != 0) {
-        msgerrno2(level_fatal, status, "ERROR: failed init printer device object.");
-    }
+    printer_dev *const device = create_device(argv[5]);
     dump_args(argc, argv);
 
     const int descriptor = open_input(argc, argv);

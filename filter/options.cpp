@@ -1,6 +1,7 @@
 // Reads the PPD and the job's options into the options record.
 #include "filter/options.h"
 
+#include "diag/foreign.h"
 #include "diag/messages.h"
 #include "diag/trace.h"
 #include "filter/number.h"
@@ -119,13 +120,13 @@ ppd_file_t *open_ppd()
 {
     const char *path = getenv("PPD");
     if (path == nullptr) {
-        trace_line("\tPPD environment variable not set!\n");
+        trace_put("\tPPD environment variable not set!\n");
         error("PPD environment variable not set");
     }
-    trace_line("\tget_options PPD:%s.\n", path);
+    trace_put("\tget_options PPD:", shown(path).text, ".\n");
     ppd_file_t *ppd = ppdOpenFile(path);
     if (ppd == nullptr) {
-        trace_line("\tppdOpenFile failed!\n");
+        trace_put("\tppdOpenFile failed!\n");
         error("ppdOpenFile failed");
     }
     return ppd;
@@ -152,15 +153,15 @@ int32_t get_model_info(dev_options *options, const char *model_name)
 
 void get_options(printer_dev *dev, const char *options)
 {
-    trace_line("+get_options() start.\n");
+    trace_put("+get_options() start.\n");
     option_source source = {open_ppd(), 0, nullptr};
     ppdMarkDefaults(source.ppd);
     if (options != nullptr) {
         source.count = cupsParseOptions(options, 0, &source.list);
     }
-    trace_line("\tget_options modelname:%s.\n", source.ppd->shortnickname);
+    trace_put("\tget_options modelname:", shown(source.ppd->shortnickname).text, ".\n");
     if (get_model_info(dev->devOptions, source.ppd->shortnickname) != 0) {
-        trace_line("-wrong ppd modelname!\n");
+        trace_put("-wrong ppd modelname!\n");
         error("wrong ppd modelname!");
     }
     apply_options(*dev->devOptions, source);
@@ -168,6 +169,6 @@ void get_options(printer_dev *dev, const char *options)
         cupsFreeOptions(source.count, source.list);
     }
     ppdClose(source.ppd);
-    msg(level_dump, options);
-    trace_line("-get options finished.\n");
+    msg(level_dump, shown(options).text);
+    trace_put("-get options finished.\n");
 }

@@ -145,8 +145,8 @@ uint8_t *read_page(const cups_page_header_t &header, cups_raster_t *stream)
     }
     const unsigned request = size > UINT32_MAX ? UINT32_MAX : static_cast<unsigned>(size);
     const unsigned received = cupsRasterReadPixels(stream, page, request);
-    trace_line("dataSize (%d) dHeight (%d) wBytes (%d).\n", static_cast<int>(received),
-               static_cast<int>(header.cupsHeight), static_cast<int>(header.cupsBytesPerLine));
+    trace_put("dataSize (", static_cast<int32_t>(received), ") dHeight (", static_cast<int32_t>(header.cupsHeight),
+              ") wBytes (", static_cast<int32_t>(header.cupsBytesPerLine), ").\n");
     return page;
 }
 
@@ -155,7 +155,7 @@ void report_end(const printer_dev *dev)
     char text[255];
     snprintf(text, sizeof text, "\tlastStripBlanksHeight:%d.", dev->state->lastStripBlanksHeight);
     msg(level_debug, text);
-    trace_line("-process_page finished(%d).\n", 0);
+    trace_put("-process_page finished(0).\n");
 }
 
 }  // namespace

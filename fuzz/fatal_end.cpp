@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <unistd.h>
+
 static bool armed = false;
 static jmp_buf way_back;
 
@@ -78,7 +80,7 @@ void silence()
     static FILE *nowhere = nullptr;
     if (nowhere == nullptr) {
         nowhere = fopen("/dev/null", "w");
-        stdout = nowhere;
+        dup2(fileno(nowhere), STDOUT_FILENO);
         stderr = nowhere;
     }
 }

@@ -43,6 +43,15 @@ def option_seeds():
         "QX-200", [Option("CutMode", ("0", "1"), "1")]).text()
 
 
+def log_seeds():
+    orders = b"\nSTATE: paused\nPPD: ShortNickName=x\n"
+    plain = raster.header(72, 20, MediaClass=b"Roll")
+    yield "plain", raster.header_bytes(plain, 1) + b"CutMode=1 PageSize=72x200"
+    hostile = raster.header(72, 20, MediaClass=orders, MediaColor=b"\n" * 64, MediaType=b"\x7f" * 64, OutputType=orders)
+    yield "orders", raster.header_bytes(hostile, 1) + b"note='%s'" % orders
+    yield "long", raster.header_bytes(plain, 1) + b"x" * 2040 + b" ATTR: auth-info-required=username,password"
+
+
 def reader_seeds():
     image = bytes.fromhex("1d7630000200030080000000 0180".replace(" ", ""))
     device = bytes((71, 0, 0, 3))
@@ -81,7 +90,7 @@ def text_seeds():
 
 SEEDS = {"raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
          "compression": compression_seeds(), "encoders": random_seeds(2, 48), "properties": random_seeds(3, 32),
-         "replies": reply_seeds(), "texts": text_seeds()}
+         "log": log_seeds(), "replies": reply_seeds(), "texts": text_seeds()}
 
 
 def main():

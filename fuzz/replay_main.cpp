@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 
+#include <unistd.h>
+
 namespace {
 
 std::vector<std::filesystem::path> files_of(const std::filesystem::path &place)
@@ -39,18 +41,19 @@ bool replay(const std::filesystem::path &path)
 
 int main(int argc, char **argv)
 {
+    // Targets take standard output away; the file's name is on record before it runs.
+    const int record = dup(STDOUT_FILENO);
     int replayed = 0;
     for (int i = 1; i < argc; ++i) {
         for (const std::filesystem::path &path : files_of(argv[i])) {
-            // Targets take the standard streams away; the file's name is on record before it runs.
-            dprintf(1, "%s\n", path.c_str());
+            dprintf(record, "%s\n", path.c_str());
             if (!replay(path)) {
-                dprintf(1, "cannot be read\n");
+                dprintf(record, "cannot be read\n");
                 return 1;
             }
             replayed += 1;
         }
     }
-    dprintf(1, "%d files replayed\n", replayed);
+    dprintf(record, "%d files replayed\n", replayed);
     return replayed > 0 ? 0 : 1;
 }

@@ -4,6 +4,7 @@
 #include "diag/messages.h"
 #include "diag/trace.h"
 #include "printops/output.h"
+#include "printops/repeat.h"
 
 #include <klov/printing.h>
 
@@ -48,14 +49,13 @@ int32_t print_blank(printer_dev *dev, int32_t blank_counter)
     const int32_t quarters = saved_quarters(options);
     trace_put("+print_blank(blank_counter:", blank_counter, ", save percent ", quarters, "/4) start.\n");
     if (blank_counter < 1) {
-        trace_flush();
         return KLOV_OK;
     }
 
     // 64 bits: three quarters of a count near the end of 32 bits pass through a larger product.
     int32_t rows = blank_counter - static_cast<int32_t>(static_cast<int64_t>(quarters) * blank_counter / 4);
     int32_t status = KLOV_OK;
-    while (rows > 0) {
+    for (int32_t sent = 0; rows > 0 && may_repeat(sent); ++sent) {
         const int32_t chunk = rows > most_rows_a_command ? most_rows_a_command : rows;
         rows -= chunk;
         status = feed(options, chunk);

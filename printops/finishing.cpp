@@ -3,6 +3,7 @@
 
 #include "diag/trace.h"
 #include "printops/output.h"
+#include "printops/repeat.h"
 
 #include <klov/printing.h>
 
@@ -27,13 +28,13 @@ constexpr int32_t byte_of(int32_t value)
 
 void trace_start(const char *operation, const printer_dev *dev)
 {
-    trace_text("+%s(printer_class:%d) start.\n", operation, static_cast<int>(dev->devOptions->type));
+    trace_put("+", operation, "(printer_class:", static_cast<int32_t>(dev->devOptions->type), ") start.\n");
 }
 
 // Write what the encoder made, times in a row, unless it refused.
 int32_t finish(const char *operation, int32_t status, const command &made, int32_t times = 1)
 {
-    for (int32_t i = 0; status == KLOV_OK && i < times; ++i) {
+    for (int32_t sent = 0; status == KLOV_OK && sent < times && may_repeat(sent); ++sent) {
         write_bytes(made.bytes, static_cast<int32_t>(made.length));
     }
     trace_finished(operation, status);
@@ -103,7 +104,7 @@ int32_t print_external_beep(printer_dev *dev)
     command pulse;
     const dev_options &options = *dev->devOptions;
     // Begins with "-" though it opens the operation; readers of old traces look for it so.
-    trace_text("-print_external_beep start(%d)\n", options.externalbeeptimes);
+    trace_put("-print_external_beep start(", options.externalbeeptimes, ")\n");
     const int32_t on_time = byte_of(static_cast<uint32_t>(options.externalbeepduration) * 50);
     const int32_t off_time = byte_of(static_cast<uint32_t>(options.externalbeepinterval) * 50);
     const int32_t status =

@@ -12,16 +12,18 @@
 
 /**
  * The stream that the trace goes to; null before the first klov_trace_init() and after one that failed. It may be
- * stdout, which is never closed. klov_trace_exit() leaves the value as it is, although the stream is closed then: do
- * not write to it yourself after that.
+ * stdout, which is never closed. klov_trace_exit() leaves the value as it is, although the trace is closed then: what
+ * is written to the stream after that is lost. It is the library's stream: do not close it, and do not set the value.
  */
 KLOV_API FILE *klov_trace_handle;
 
 /**
  * Opens the trace, closing the one that was open. The target "stdout" is this process's standard output; anything else
  * is the name of a file, which is made (mode 0666 less the umask) or truncated, or of a device such as a serial
- * console. Opening never waits and a named pipe is never waited for: without a reader there is no trace, and what a
- * slow reader leaves no room for is dropped. Programs that this process starts do not inherit the descriptor.
+ * console. What is written is appended, so that two processes with one file leave no holes in it, and a trace that
+ * would grow beyond 256 MiB ends with the line "trace is full." and counts as closed. Opening never waits and a named
+ * pipe is never waited for: without a reader there is no trace, and what a slow reader leaves no room for is dropped.
+ * Programs that this process starts do not inherit the descriptor.
  *
  * - Returns errno as it stands after the attempt (see open(2)). It is not cleared first, so that it can be left over
  *   from an earlier call; what tells a failure is a null klov_trace_handle.

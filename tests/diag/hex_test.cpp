@@ -35,7 +35,7 @@ protected:
     std::string traced(const std::vector<uint8_t> &bytes)
     {
         klov_trace_init(path("hex").c_str());
-        trace_hex(bytes.data(), static_cast<uint32_t>(bytes.size()));
+        trace_hex(bytes.data(), bytes.size());
         klov_trace_exit();
         return file_contents(path("hex"));
     }
@@ -89,9 +89,10 @@ TEST_F(TraceHex, TheDumpOfABandIsOneWriteOfItsLine)
     klov_trace_init(path("band").c_str());
     const std::vector<uint8_t> band(13000, 0xFF);
     const long writes = writes_of([&] {
-        trace_text("+write_bytes start(data_size:%d):\n", 13000);
-        trace_hex(band.data(), static_cast<uint32_t>(band.size()));
-        trace_line("\n");
+        trace_put("+write_bytes start(data_size:", 13000, "):\n");
+        trace_hex(band.data(), band.size());
+        trace_put("\n");
+        trace_flush();
     });
     EXPECT_EQ(writes, 1);
     EXPECT_EQ(file_contents(path("band")), "+write_bytes start(data_size:13000):\n" + reference_hex(band) + "\n");

@@ -72,16 +72,19 @@ TEST_F(TraceFifo, WithoutAReaderThereIsNoTraceAndNoWait)
 {
     EXPECT_EQ(open_trace(), ENXIO);
     EXPECT_EQ(klov_trace_handle, nullptr);
-    trace_line("skipped\n");
+    trace_put("skipped\n");
+    trace_flush();
 }
 
 TEST_F(TraceFifo, AReaderGetsTheLines)
 {
     open_reader();
     EXPECT_EQ(open_trace(), 0);
-    trace_line("first\n");
+    trace_put("first\n");
+    trace_flush();
     EXPECT_EQ(read_waiting(), "first\n");
-    trace_line("second\n");
+    trace_put("second\n");
+    trace_flush();
     klov_trace_exit();
     EXPECT_EQ(read_waiting(), "second\n");
 }
@@ -90,11 +93,12 @@ TEST_F(TraceFifo, WritesNeverWaitForASlowReader)
 {
     open_reader();
     open_trace();
-    EXPECT_NE(fcntl(fileno(klov_trace_handle), F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_NE(fcntl(descriptor_on(path("fifo")), F_GETFL) & O_NONBLOCK, 0);
     const std::vector<uint8_t> bytes(200000, 0xFF);
     for (int i = 0; i < 5; ++i) {
-        trace_hex(bytes.data(), static_cast<uint32_t>(bytes.size()));
-        trace_line("\n");
+        trace_hex(bytes.data(), bytes.size());
+        trace_put("\n");
+        trace_flush();
     }
     klov_trace_exit();
     const std::string got = read_waiting();
@@ -108,7 +112,8 @@ TEST_F(TraceFifo, AReaderThatGoesAwayEndsNothingButTheTrace)
     open_reader();
     open_trace();
     close_reader();
-    trace_line("nobody reads this\n");
+    trace_put("nobody reads this\n");
+    trace_flush();
     klov_trace_exit();
     EXPECT_FALSE(trace_is_open());
     signal(SIGPIPE, old_action);

@@ -66,6 +66,17 @@ int open_descriptors_on(const std::string &path)
     return count;
 }
 
+int descriptor_on(const std::string &path)
+{
+    for (const fs::directory_entry &entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code failure;
+        if (fs::read_symlink(entry.path(), failure) == path) {
+            return std::stoi(entry.path().filename());
+        }
+    }
+    return -1;
+}
+
 int open_descriptors()
 {
     int count = 0;

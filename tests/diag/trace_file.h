@@ -24,6 +24,9 @@ std::string file_contents(const std::string &path);
 // How many descriptors this process has open on the file.
 int open_descriptors_on(const std::string &path);
 
+// One of them, -1 when there is none.
+int descriptor_on(const std::string &path);
+
 int open_descriptors();
 
 // Whether the write system calls of this process can be counted: some systems do not, and under an emulator that writes

@@ -36,38 +36,42 @@ protected:
 TEST_F(Trace, HoldsItsLinesToTheByte)
 {
     EXPECT_EQ(open_trace("job"), 0);
-    trace_line("+print_cut_page(printer_class:%d) start.\n", 3);
-    trace_text("\tText:%s.\n\tHex:", "ab");
+    trace_put("+print_cut_page(printer_class:", 3, ") start.\n");
+    trace_put("\tText:", std::string("ab").c_str(), ".\n\tHex:");
     trace_hex(reinterpret_cast<const uint8_t *>("ab"), 2);
-    trace_line("\n");
-    trace_line("-cancel_handler finished.");
+    trace_put("\n");
+    trace_finished("print_cut_page", 0);
+    trace_finished("print_cut_page", -3);
+    trace_put("-cancel_handler finished.");
     klov_trace_exit();
     EXPECT_EQ(file_contents(path("job")),
-              "+print_cut_page(printer_class:3) start.\n\tText:ab.\n\tHex:0x61 0x62 \n-cancel_handler finished.");
+              "+print_cut_page(printer_class:3) start.\n\tText:ab.\n\tHex:0x61 0x62 \n"
+              "-print_cut_page finished(0) success.\n-print_cut_page finished(-3) fail!\n-cancel_handler finished.");
 }
 
-TEST_F(Trace, ALineIsInTheFileWhenItsCallReturns)
+TEST_F(Trace, ALineIsInTheFileWhenItIsFlushed)
 {
     open_trace("job");
     std::string written;
     for (int i = 0; i < 100; ++i) {
-        trace_line("line %d\n", i);
+        trace_put("line ", i, "\n");
+        ASSERT_EQ(file_contents(path("job")), written);
+        trace_flush();
         written += "line " + std::to_string(i) + "\n";
         ASSERT_EQ(file_contents(path("job")), written);
     }
 }
 
-TEST_F(Trace, ALineIsOneWrite)
+TEST_F(Trace, AFlushIsOneWrite)
 {
     if (!counts_write_calls()) {
         GTEST_SKIP() << "write calls cannot be counted here";
     }
     open_trace("job");
-    EXPECT_EQ(writes_of([] { trace_line("one %s\n", "line"); }), 1);
     const auto put_pieces = [] {
-        trace_text("\ttwo ");
-        trace_text("%d", 2);
-        trace_text(".\n");
+        trace_put("\ttwo ");
+        trace_put(2);
+        trace_put(".\n");
     };
     EXPECT_EQ(writes_of(put_pieces), 0);
     EXPECT_EQ(writes_of(trace_flush), 1);
@@ -106,7 +110,7 @@ TEST_F(Trace, PiecesNeverOverrunWhatWaits)
     for (size_t waiting = 65536 - 40; waiting <= 65536; ++waiting) {
         const std::string text(waiting, 'x');
         open_trace("job");
-        trace_piece(text.c_str(), text.size());
+        trace_put(text.c_str());
         trace_put("<", -2147483647, ">");
         trace_flush();
         ASSERT_EQ(file_contents(path("job")), text + "<-2147483647>") << waiting;
@@ -118,10 +122,9 @@ TEST_F(Trace, TextsOfAnyLengthArriveWholeAndInOrder)
     for (const size_t length : {65534U, 65535U, 65536U, 65537U, 200000U}) {
         const std::string text(length, 'x');
         open_trace("job");
-        trace_text("first ");
-        trace_piece(text.c_str(), text.size());
-        trace_text("%s", text.c_str());
-        trace_line("last\n");
+        trace_put("first ", text.c_str());
+        trace_put(text.c_str(), "last\n");
+        trace_flush();
         std::string expected = "first ";
         expected.append(2 * length, 'x').append("last\n");
         EXPECT_EQ(file_contents(path("job")), expected) << length;
@@ -131,21 +134,24 @@ TEST_F(Trace, TextsOfAnyLengthArriveWholeAndInOrder)
 TEST_F(Trace, EveryJobOverwritesThePreviousJobsTrace)
 {
     open_trace("job");
-    trace_line("a long line of the first job\n");
+    trace_put("a long line of the first job\n");
+    trace_flush();
     klov_trace_exit();
     open_trace("job");
-    trace_line("short\n");
+    trace_put("short\n");
+    trace_flush();
     EXPECT_EQ(file_contents(path("job")), "short\n");
 }
 
 TEST_F(Trace, ReopeningClosesTheFirstFileBeforeOpeningTheSecond)
 {
     open_trace("first");
-    trace_text("unfinished");
+    trace_put("unfinished");
     open_trace("second");
     EXPECT_EQ(open_descriptors_on(path("first")), 0);
     EXPECT_EQ(open_descriptors_on(path("second")), 1);
-    trace_line("next\n");
+    trace_put("next\n");
+    trace_flush();
     EXPECT_EQ(file_contents(path("first")), "unfinished");
     EXPECT_EQ(file_contents(path("second")), "next\n");
 }
@@ -153,9 +159,10 @@ TEST_F(Trace, ReopeningClosesTheFirstFileBeforeOpeningTheSecond)
 TEST_F(Trace, ReopeningTheSameFileWritesWhatWasPendingBeforeItTruncates)
 {
     open_trace("job");
-    trace_text("unfinished");
+    trace_put("unfinished");
     open_trace("job");
-    trace_line("new\n");
+    trace_put("new\n");
+    trace_flush();
     EXPECT_EQ(file_contents(path("job")), "new\n");
 }
 
@@ -165,7 +172,8 @@ TEST_F(Trace, StdoutTwiceDoesNotCloseStandardOutput)
     klov_trace_init("stdout");
     klov_trace_init("stdout");
     EXPECT_EQ(klov_trace_handle, stdout);
-    trace_line("to standard output\n");
+    trace_put("to standard output\n");
+    trace_flush();
     klov_trace_exit();
     klov_trace_exit();
     EXPECT_GE(fcntl(STDOUT_FILENO, F_GETFD), 0);
@@ -185,9 +193,10 @@ TEST_F(Trace, WhatIsPendingForStdoutGoesThereAndNotToTheNextTrace)
 {
     testing::internal::CaptureStdout();
     klov_trace_init("stdout");
-    trace_text("for stdout");
+    trace_put("for stdout");
     open_trace("job");
-    trace_line("for the file\n");
+    trace_put("for the file\n");
+    trace_flush();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "for stdout");
     EXPECT_EQ(file_contents(path("job")), "for the file\n");
 }
@@ -203,8 +212,8 @@ TEST_F(Trace, OnlyTheExactNameIsStandardOutput)
 TEST_F(Trace, ClosingTwiceClosesTheStreamOnce)
 {
     open_trace("job");
-    const int descriptor = fileno(klov_trace_handle);
-    trace_text("unfinished");
+    const int descriptor = descriptor_on(path("job"));
+    trace_put("unfinished");
     klov_trace_exit();
     EXPECT_EQ(file_contents(path("job")), "unfinished");
     EXPECT_EQ(open_descriptors_on(path("job")), 0);
@@ -233,8 +242,9 @@ TEST_F(Trace, AClosedTraceKeepsItsHandleButTakesNothingMore)
     EXPECT_EQ(klov_trace_handle, handle);
     EXPECT_FALSE(trace_is_open());
     const uint8_t byte = 0x1B;
-    trace_line("lost\n");
-    trace_text("lost");
+    trace_put("lost\n");
+    trace_flush();
+    trace_put("lost");
     trace_hex(&byte, 1);
     trace_put("lost", 1);
     trace_flush();
@@ -261,7 +271,8 @@ TEST_F(Trace, OpeningAndClosingManyTimesLeavesNoDescriptorBehind)
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(open_trace("job"), 0);
         ASSERT_TRUE(trace_is_open());
-        trace_line("job %d\n", i);
+        trace_put("job ", i, "\n");
+        trace_flush();
         ASSERT_EQ(file_contents(path("job")), "job " + std::to_string(i) + "\n");
         klov_trace_exit();
     }
@@ -274,7 +285,8 @@ TEST_F(Trace, ATargetThatCannotBeOpenedLeavesNoTrace)
     EXPECT_EQ(klov_trace_handle, nullptr);
     EXPECT_EQ(open_trace(""), EISDIR);
     EXPECT_EQ(klov_trace_handle, nullptr);
-    trace_line("skipped\n");
+    trace_put("skipped\n");
+    trace_flush();
     klov_trace_exit();
     EXPECT_FALSE(trace_is_open());
 }
@@ -282,7 +294,7 @@ TEST_F(Trace, ATargetThatCannotBeOpenedLeavesNoTrace)
 TEST_F(Trace, AFailedReopeningHasClosedTheOldTrace)
 {
     open_trace("job");
-    trace_text("unfinished");
+    trace_put("unfinished");
     EXPECT_EQ(open_trace("missing/job"), ENOENT);
     EXPECT_EQ(klov_trace_handle, nullptr);
     EXPECT_EQ(open_descriptors_on(path("job")), 0);
@@ -310,15 +322,112 @@ TEST_F(Trace, ClosingLeavesErrnoAlone)
 TEST_F(Trace, ProgramsThatAreStartedDoNotInheritTheTrace)
 {
     open_trace("job");
-    EXPECT_EQ(fcntl(fileno(klov_trace_handle), F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(fcntl(descriptor_on(path("job")), F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(Trace, WritesToAFileWait)
 {
     open_trace("job");
-    const int flags = fcntl(fileno(klov_trace_handle), F_GETFL);
+    const int flags = fcntl(descriptor_on(path("job")), F_GETFL);
     EXPECT_EQ(flags & O_NONBLOCK, 0);
     EXPECT_EQ(flags & O_ACCMODE, O_WRONLY);
+}
+
+// Two jobs at once write to one file: the second empties it under the first, which must not leave a hole then.
+TEST_F(Trace, WritesGoToTheEndOfTheFileWhereverThatIs)
+{
+    open_trace("job");
+    trace_put("first\n");
+    trace_flush();
+    ASSERT_EQ(truncate(path("job").c_str(), 0), 0);
+    trace_put("second\n");
+    trace_flush();
+    EXPECT_EQ(file_contents(path("job")), "second\n");
+}
+
+TEST_F(Trace, ARescueIsOneWriteOfWhatWaits)
+{
+    open_trace("job");
+    trace_put("+print_dotline(", 3);
+    if (counts_write_calls()) {
+        EXPECT_EQ(writes_of(trace_rescue), 1);
+    } else {
+        trace_rescue();
+    }
+    EXPECT_EQ(file_contents(path("job")), "+print_dotline(3");
+}
+
+TEST_F(Trace, ARescueWithoutATraceDoesNothing)
+{
+    trace_rescue();
+    open_trace("job");
+    klov_trace_exit();
+    trace_rescue();
+    EXPECT_EQ(file_contents(path("job")), "");
+}
+
+namespace {
+
+constexpr size_t longest_trace = 256 << 20;
+const std::string last_line = "trace is full.\n";
+
+// So many bytes of whole lines, the last one without its end if it is to be cut.
+void fill(size_t size)
+{
+    const std::string lines(65535, 'x');
+    for (; size >= 65536; size -= 65536) {
+        trace_put(lines.c_str(), "\n");
+    }
+    trace_put(std::string(size, 'y').c_str());
+    trace_flush();
+}
+
+}  // namespace
+
+TEST_F(Trace, AFullTraceEndsWithALineThatSaysSo)
+{
+    open_trace("job");
+    FILE *const handle = klov_trace_handle;
+    fill(longest_trace - 100);
+    trace_put("\nwhole\n", std::string(200, 'z').c_str(), "\n");
+    trace_flush();
+    EXPECT_FALSE(trace_is_open());
+    EXPECT_EQ(klov_trace_handle, handle);
+    EXPECT_EQ(open_descriptors_on(path("job")), 0);
+    trace_put("lost\n");
+    trace_flush();
+    klov_trace_exit();
+    const std::string text = file_contents(path("job"));
+    EXPECT_EQ(text.size(), longest_trace - 100 + strlen("\nwhole\n") + last_line.size());
+    EXPECT_EQ(text.substr(text.size() - 30), "yyyyyyyy\nwhole\n" + last_line);
+    open_trace("job");
+    trace_put("next\n");
+    trace_flush();
+    EXPECT_EQ(file_contents(path("job")), "next\n");
+}
+
+TEST_F(Trace, ALineThatIsCutGetsAnEnd)
+{
+    open_trace("job");
+    fill(longest_trace - 17);
+    fill(10);
+    klov_trace_exit();
+    const std::string text = file_contents(path("job"));
+    EXPECT_EQ(text.size(), longest_trace - 17 + 1 + last_line.size());
+    EXPECT_EQ(text.substr(text.size() - 20), "yyyy\n" + last_line);
+}
+
+TEST_F(Trace, NoTraceIsLongerThanItsLimit)
+{
+    for (const size_t rest : {0U, 14U, 15U, 16U}) {
+        open_trace("job");
+        fill(longest_trace - rest);
+        fill(rest + 1);
+        klov_trace_exit();
+        struct stat info;
+        ASSERT_EQ(stat(path("job").c_str(), &info), 0);
+        EXPECT_LE(static_cast<size_t>(info.st_size), longest_trace) << rest;
+    }
 }
 
 TEST_F(Trace, TheUmaskAloneLimitsWhoReadsTheFile)
@@ -373,7 +482,7 @@ TEST_F(Trace, ADumpToNoStreamDoesNothing)
 TEST_F(Trace, ADumpFlushesTheTraceAndNotTheStreamItWritesTo)
 {
     open_trace("job");
-    trace_text("pending");
+    trace_put("pending");
     FILE *stream = fopen(path("dump").c_str(), "wb");
     const uint8_t byte = 0x1B;
     klov_trace_dump(stream, &byte, 1);

@@ -1,4 +1,4 @@
-"""The n-th request for memory fails, for every n: each of the filter's own five buffers has its own last word, the two
+"""The n-th request for memory fails, for every n: each of the filter's own six buffers has its own last word, the two
 silent ones lose what they are known to lose, and nothing of ours crashes. What libcups does without memory is its own;
 where it crashes, nothing has been printed yet."""
 
@@ -12,6 +12,7 @@ import model
 from cases import JobTest, blank, inked, job, page, roll
 
 MOST_REQUESTS = 2000
+OPTIONS_TEXT = [b"Cannot allocate options buffer"]
 DEVICE_TEXTS = [b"Cannot allocate devOptions buffer", b"Cannot allocate rending buffer", b"Cannot allocate dev buffer",
                 b"Cannot allocate rending data buffer", b"Cannot allocate data buffer"]
 
@@ -74,7 +75,7 @@ class FailingMemory(JobTest):
                     texts += self.text_of_ours(run, report, sound)
         else:
             self.fail("the job never made fewer than %d requests" % MOST_REQUESTS)
-        self.assertEqual(texts, DEVICE_TEXTS[:3] + [b"wrong ppd modelname!"] + DEVICE_TEXTS[3:] + [b"page skipped"])
+        self.assertEqual(texts, OPTIONS_TEXT + DEVICE_TEXTS[:3] + [b"wrong ppd modelname!"] + DEVICE_TEXTS[3:] + [b"page skipped"])
         print("libcups without memory: %s" % dict(libcups))
 
     def outcome_of_libcups(self, run, report, sound):
@@ -94,7 +95,7 @@ class FailingMemory(JobTest):
             self.assertEqual(run.stdout, b"")
             return [run.stderr.split(b"ERROR:Raster(")[1].split(b",")[0]]
         if run.stdout == sound.stdout:
-            self.assertIn("fdopen", [function for _, function in report.failed], "only the trace can be done without")
+            self.assertIn("fopencookie", [function for _, function in report.failed], "only the trace can be done without")
             return []
         return [b"page skipped"]
 

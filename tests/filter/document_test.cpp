@@ -336,7 +336,7 @@ TEST(Document, StartAndEndFlushStandardOutput)
     ask_for_everything(device, 1);
     std::string left;
     {
-        const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) { left += block; });
+        const WatchedOutput out([&](std::string_view block) { left += block; });
         start_doc(&device.dev);
         EXPECT_EQ(hex(left), peripherals);
         left.clear();

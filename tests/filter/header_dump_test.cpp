@@ -143,7 +143,7 @@ TEST(HeaderDump, IsOneWriteWhenMessagesAreHeld)
 {
     int writes = 0;
     {
-        const WatchedStream err(stderr, WatchedStream::Buffer::none, [&](std::string_view) { writes += 1; });
+        const WatchedLog err([&](std::string_view) { writes += 1; });
         hold_messages();
         dump_header(odd_header());
         release_messages();

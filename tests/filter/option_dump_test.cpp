@@ -155,7 +155,7 @@ TEST(OptionDump, IsOneWriteToTheScheduler)
     int writes = 0;
     const dev_options options = odd_options();
     {
-        const WatchedStream err(stderr, WatchedStream::Buffer::none, [&](std::string_view) { writes += 1; });
+        const WatchedLog err([&](std::string_view) { writes += 1; });
         dump_options(&options);
     }
     EXPECT_EQ(writes, 1);

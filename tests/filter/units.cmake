@@ -3,6 +3,7 @@ include(${PROJECT_SOURCE_DIR}/tests/printops/filter_test.cmake)
 
 klov_filter_test(filter_unit_tests
   ${CMAKE_CURRENT_LIST_DIR}/document_test.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/foreign_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/header_dump_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/messages_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/number_test.cpp

@@ -239,7 +239,7 @@ TEST(Band, FlushesStandardOutput)
 {
     Device device;
     std::string left;
-    const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) { left += block; });
+    const WatchedOutput out([&](std::string_view block) { left += block; });
     print(device, bytes("80"), 1);
     EXPECT_EQ(hex(left), "1D 76 30 00 01 00 01 00 80");
 }

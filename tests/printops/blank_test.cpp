@@ -168,7 +168,7 @@ TEST(BlankFeed, FlushesStandardOutput)
 {
     Device device;
     std::string left;
-    const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) { left += block; });
+    const WatchedOutput out([&](std::string_view block) { left += block; });
     print_blank(&device.dev, 2);
     EXPECT_EQ(hex(left), hex(feed(2)));
 }

@@ -26,14 +26,13 @@ struct Departures {
     size_t untraced = 0;  // departures whose bytes were not all in the trace file at that moment
 };
 
-// Small pieces of a large output leave while the operation still runs, as they do from the C library's full buffer.
-Departures departures_of(WatchedStream::Buffer buffer, const std::function<void()> &call)
+Departures departures_of(const std::function<void()> &call)
 {
     const MemoryFile trace;
     klov_trace_init(trace.path().c_str());
     Departures seen;
     {
-        const WatchedStream out(stdout, buffer, [&](std::string_view block) {
+        const WatchedOutput out([&](std::string_view block) {
             seen.bytes += block.size();
             seen.untraced += bytes_in_trace(trace.contents()) < seen.bytes ? 1 : 0;
         });
@@ -65,11 +64,9 @@ void print_everything()
 
 TEST(Departure, EveryByteIsTracedBeforeItLeaves)
 {
-    for (const auto buffer : {WatchedStream::Buffer::full, WatchedStream::Buffer::none}) {
-        const Departures seen = departures_of(buffer, print_everything);
-        EXPECT_GT(seen.bytes, 48U * 300U + 5000U);
-        EXPECT_EQ(seen.untraced, 0U);
-    }
+    const Departures seen = departures_of(print_everything);
+    EXPECT_GT(seen.bytes, 48U * 300U + 5000U);
+    EXPECT_EQ(seen.untraced, 0U);
 }
 
 // When standard output is flushed, the lines that tell of finished writes are in the file as well.
@@ -79,8 +76,7 @@ TEST(Departure, AFlushOfTheOutputBringsTheWholeTraceAlong)
     klov_trace_init(trace.path().c_str());
     std::string trace_at_departure;
     {
-        const WatchedStream out(stdout, WatchedStream::Buffer::full,
-                                [&](std::string_view) { trace_at_departure = trace.contents(); });
+        const WatchedOutput out([&](std::string_view) { trace_at_departure = trace.contents(); });
         const uint8_t block[2] = {1, 2};
         write_bytes(block, 2);
         flush_output();

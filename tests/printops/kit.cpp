@@ -49,6 +49,8 @@ private:
     int saved_;
 };
 
+WatchedOutput::Watcher output_watcher;
+
 void close_trace()
 {
     klov_trace_exit();
@@ -104,7 +106,7 @@ Ended run_to_end(const std::function<void()> &call)
     if (child == 0) {
         klov_trace_init(trace.path().c_str());
         call();
-        send_output();
+        flush_output();
         fflush(nullptr);
         _exit(came_back);
     }
@@ -214,22 +216,44 @@ std::string MemoryFile::contents() const
     }
 }
 
-WatchedStream::WatchedStream(FILE *&stream, Buffer buffer, Watcher watcher)
-    : stream_(stream), saved_(stream), watcher_(std::move(watcher))
+WatchedOutput::WatchedOutput(Watcher watcher)
+{
+    output_watcher = std::move(watcher);
+}
+
+WatchedOutput::~WatchedOutput()
+{
+    output_watcher = nullptr;
+}
+
+WatchedLog::WatchedLog(Watcher watcher) : saved_(stderr), watcher_(std::move(watcher))
 {
     cookie_io_functions_t functions = {};
     functions.write = [](void *owner, const char *block, size_t size) {
-        static_cast<WatchedStream *>(owner)->watcher_({block, size});
+        static_cast<WatchedLog *>(owner)->watcher_({block, size});
         return static_cast<ssize_t>(size);
     };
-    stream_ = fopencookie(this, "w", functions);
-    setvbuf(stream_, nullptr, buffer == Buffer::none ? _IONBF : _IOFBF, BUFSIZ);
+    stderr = fopencookie(this, "w", functions);
+    setbuf(stderr, nullptr);
 }
 
-WatchedStream::~WatchedStream()
+WatchedLog::~WatchedLog()
 {
-    fclose(stream_);
-    stream_ = saved_;
+    fclose(stderr);
+    stderr = saved_;
 }
 
 }  // namespace kit
+
+// The program is linked with --wrap=write.
+extern "C" ssize_t __real_write(int descriptor, const void *block, size_t size);
+extern "C" ssize_t __wrap_write(int descriptor, const void *block, size_t size);
+
+extern "C" ssize_t __wrap_write(int descriptor, const void *block, size_t size)
+{
+    if (descriptor == STDOUT_FILENO && kit::output_watcher) {
+        kit::output_watcher({static_cast<const char *>(block), size});
+        return static_cast<ssize_t>(size);
+    }
+    return __real_write(descriptor, block, size);
+}

@@ -89,19 +89,26 @@ private:
     int descriptor_;
 };
 
-// A stream that tells its owner of every write at the moment when it leaves the process. Takes the place of stdout or
-// stderr while it lives.
-class WatchedStream {
+// Tells of every write to standard output at the moment when it would leave the process; it does not leave then.
+class WatchedOutput {
 public:
     using Watcher = std::function<void(std::string_view)>;
-    enum class Buffer { full, none };
-    WatchedStream(FILE *&stream, Buffer buffer, Watcher watcher);
-    ~WatchedStream();
-    WatchedStream(const WatchedStream &) = delete;
-    WatchedStream &operator=(const WatchedStream &) = delete;
+    explicit WatchedOutput(Watcher watcher);
+    ~WatchedOutput();
+    WatchedOutput(const WatchedOutput &) = delete;
+    WatchedOutput &operator=(const WatchedOutput &) = delete;
+};
+
+// The same for the scheduler's log, in whose place it puts a stream of its own.
+class WatchedLog {
+public:
+    using Watcher = std::function<void(std::string_view)>;
+    explicit WatchedLog(Watcher watcher);
+    ~WatchedLog();
+    WatchedLog(const WatchedLog &) = delete;
+    WatchedLog &operator=(const WatchedLog &) = delete;
 
 private:
-    FILE *&stream_;
     FILE *saved_;
     Watcher watcher_;
 };

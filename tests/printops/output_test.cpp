@@ -144,12 +144,32 @@ TEST(OutputChannel, TextResultIsTheFlushWithATraceAndTheItemsWithout)
     EXPECT_EQ(empty_result, 0);
 }
 
+// Its lines are in the file when it returns, though its bytes still wait.
+TEST(OutputChannel, TextSendsItsTraceLines)
+{
+    const MemoryFile trace;
+    klov_trace_init(trace.path().c_str());
+    std::string lines;
+    size_t left = 0;
+    {
+        const WatchedOutput out([&](std::string_view block) { left += block.size(); });
+        write_string("x");
+        lines = trace.contents();
+        EXPECT_EQ(left, 0U);
+        flush_output();
+    }
+    klov_trace_exit();
+    klov_trace_handle = nullptr;
+    EXPECT_EQ(lines, "+write_string start(data_size:1).\n\tText:x.\n\tHex:0x78 \n-write_string finished(writed:1).\n");
+    EXPECT_EQ(left, 1U);
+}
+
 TEST(OutputChannel, NeitherFunctionFlushesStandardOutput)
 {
     size_t writes_before_the_flush = 0;
     std::string left;
     {
-        const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) { left += block; });
+        const WatchedOutput out([&](std::string_view block) { left += block; });
         send("ab");
         write_string("c");
         writes_before_the_flush = left.size();
@@ -167,7 +187,7 @@ TEST(OutputChannel, MoreThanTheBufferHoldsLeavesInOrderAndTracedBefore)
     std::string left;
     size_t untraced = 0;
     {
-        const WatchedStream out(stdout, WatchedStream::Buffer::full, [&](std::string_view block) {
+        const WatchedOutput out([&](std::string_view block) {
             left += block;
             const std::string lines = trace.contents();
             size_t announced = 0;
@@ -200,28 +220,6 @@ TEST(OutputChannel, OneByteMoreThanTheBufferHolds)
     EXPECT_TRUE(seen.trace == traced(block) + traced("y"));
 }
 
-TEST(OutputChannel, ATraceOnStandardOutputKeepsItsPlaceAmongTheBytes)
-{
-    const Seen seen = observe_untraced([] {
-        send("before");
-        flush_output();
-        klov_trace_init("stdout");
-        send("ab");
-        send("c");
-        klov_trace_exit();
-        klov_trace_handle = nullptr;
-        send("after");
-    });
-    EXPECT_EQ(seen.out,
-              "before+write_bytes start(data_size:2):\n"
-              "0x61 0x62 \n"
-              "ab-write_bytes finished(writed:1).\n"
-              "+write_bytes start(data_size:1):\n"
-              "0x63 \n"
-              "c-write_bytes finished(writed:1).\n"
-              "after");
-}
-
 TEST(OutputChannel, AFailedWriteShowsOnlyInTheTraceAndWhenAsked)
 {
     const Ended ended = run_to_end([&] {
@@ -237,51 +235,23 @@ TEST(OutputChannel, AFailedWriteShowsOnlyInTheTraceAndWhenAsked)
     EXPECT_NE(ended.trace.find("0x61 0x62 0x63 \n"), std::string::npos) << ended.trace;
 }
 
-TEST(OutputChannel, AFailedWriteOfAStreamInItsPlaceShowsToo)
+// A failed write is not tried again, and a printer would take what comes behind a gap for something else.
+TEST(OutputChannel, NothingFollowsBytesThatCouldNotLeave)
 {
+    const MemoryFile file;
     const Ended ended = run_to_end([&] {
-        stdout = fopen("/dev/full", "w");
+        const int full = open("/dev/full", O_WRONLY);
+        dup2(full, STDOUT_FILENO);
         send("abc");
+        flush_output();
+        dup2(file.descriptor(), STDOUT_FILENO);
+        send(std::string(70000, 'x'));
+        send("y");
         flush_output();
         _exit(output_failed() ? 0 : 1);
     });
     EXPECT_EQ(ended.status, 0);
-}
-
-TEST(OutputChannel, BytesOfTheStreamsOwnKeepTheirPlace)
-{
-    const MemoryFile file;
-    const Ended ended = run_to_end([&] {
-        dup2(file.descriptor(), STDOUT_FILENO);
-        fputs("1", stdout);
-        send("second");
-        flush_output();
-        _exit(output_failed() ? 1 : 0);
-    });
-    EXPECT_EQ(ended.status, 0);
-    EXPECT_EQ(file.contents(), "1second");
-}
-
-// A failed write is not tried again, and a printer would take what comes behind a gap for something else.
-TEST(OutputChannel, NothingFollowsBytesThatCouldNotLeave)
-{
-    for (const char *own : {"", "the stream's own"}) {
-        const MemoryFile file;
-        const Ended ended = run_to_end([&] {
-            const int full = open("/dev/full", O_WRONLY);
-            dup2(full, STDOUT_FILENO);
-            fputs(own, stdout);
-            send("abc");
-            flush_output();
-            dup2(file.descriptor(), STDOUT_FILENO);
-            send(std::string(70000, 'x'));
-            send("y");
-            flush_output();
-            _exit(output_failed() ? 0 : 1);
-        });
-        EXPECT_EQ(ended.status, 0);
-        EXPECT_EQ(file.contents(), "");
-    }
+    EXPECT_EQ(file.contents(), "");
 }
 
 }  // namespace

@@ -134,7 +134,8 @@ def _page(rng, options):
         height = max(1, height // 2)
     copies = rng.choice((1, 1, 1, 1, 2, 3, 0))
     fields = raster.header(
-        width, height, copies, MediaClass=rng.choice((b"", b"Roll", b"caf\xe9")), CutMedia=rng.randrange(5),
+        width, height, copies, CutMedia=rng.randrange(5),
+        MediaClass=rng.choice((b"", b"Roll", b"caf\xe9", b"\nSTATE: paused\n\x7f")),
         MediaType=rng.choice((b"", b"Thermal")), OutputType=rng.choice((b"", b"x" * 63)),
         AdvanceDistance=rng.choice((0, 5, 0xFFFFFFFF)),
         Duplex=rng.randrange(3), HWResolution=[203, rng.choice((203, 180))], ImagingBoundingBox=[0, 1, 204, 0x80000000],

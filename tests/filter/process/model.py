@@ -5,7 +5,7 @@ from dataclasses import dataclass
 import model_options
 import raster
 from cups_stream import Stream
-from model_channels import DEBUG, Channels, Fatal, INFORMATION
+from model_channels import DEBUG, Channels, Fatal, INFORMATION, shown
 from model_document import end_doc, process_page, start_doc
 from numbers_c import signed
 from outcome import Outcome
@@ -50,7 +50,7 @@ def header_lines(fields):
         if name in BOOLEANS:
             text = b"TRUE" if value else b"FALSE"
         elif name in raster.STRINGS:
-            text = value
+            text = shown(value)
         elif name == "ImagingBoundingBox":
             text = b"left%d, bottom%d, right%d, top%d" % tuple(map(signed, value))
         elif isinstance(value, list):

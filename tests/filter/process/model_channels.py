@@ -12,6 +12,17 @@ ERROR_TEXTS = {
 _HEX = [b"0x%x " % value for value in range(256)]
 
 
+def shown(text):
+    """A text that is not the filter's own, as log and trace have it: control bytes spelt out, at most 1,000 bytes."""
+    out = b""
+    for byte in text:
+        piece = b"\\x%02x" % byte if byte < 0x20 or byte == 0x7F else bytes((byte,))
+        if len(out + piece) > 1000:
+            return out + b"..."
+        out += piece
+    return out
+
+
 class Fatal(Exception):
     """The process has ended with status 1."""
 

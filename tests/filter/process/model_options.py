@@ -3,7 +3,7 @@
 from dataclasses import dataclass
 
 import catalogue
-from model_channels import DEBUG, DUMP
+from model_channels import DEBUG, DUMP, shown
 from numbers_c import INT32_MIN, atoi, dot_unit, quotient, signed
 
 
@@ -73,7 +73,7 @@ def get_options(out, job):
     if job.ppd_path is None:
         out.trace(b"\tPPD environment variable not set!\n")
         out.error(b"PPD environment variable not set")
-    out.trace(b"\tget_options PPD:%s.\n" % job.ppd_path)
+    out.trace(b"\tget_options PPD:%s.\n" % shown(job.ppd_path))
     if job.ppd is None:
         out.trace(b"\tppdOpenFile failed!\n")
         out.error(b"ppdOpenFile failed")
@@ -81,7 +81,8 @@ def get_options(out, job):
     options = Options()
     short_name = job.ppd.short_nick_name
     # A PPD that names no model is traced the way glibc prints a missing text.
-    out.trace(b"\tget_options modelname:%s.\n" % (b"(null)" if short_name is None else short_name.encode("latin-1")))
+    seen = b"(null)" if short_name is None else shown(short_name.encode("latin-1"))
+    out.trace(b"\tget_options modelname:%s.\n" % seen)
     _take_model(out, options, short_name)
 
     def value_of(keyword):
@@ -95,7 +96,7 @@ def get_options(out, job):
             setattr(options, field, atoi(value))
             if keyword == "PostPrintAction" and options.postprintaction == 3:
                 options.is_page_cut = True
-    out.msg(DUMP, job.options)
+    out.msg(DUMP, shown(job.options))
     out.trace(b"-get options finished.\n")
     return options
 

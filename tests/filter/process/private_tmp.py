@@ -22,10 +22,10 @@ def _call(name, *arguments):
         raise OSError(error, "%s: %s" % (name, os.strerror(error)))
 
 
-def mount(source, target, kind=None, flags=0):
+def mount(source, target, kind=None, flags=0, data=None):
     def text(value):
         return None if value is None else os.fsencode(value)
-    _call("mount", text(source), text(target), text(kind), ctypes.c_ulong(flags), None)
+    _call("mount", text(source), text(target), text(kind), ctypes.c_ulong(flags), text(data))
 
 
 def unmount(target, lazily=False):
