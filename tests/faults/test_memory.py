@@ -8,7 +8,7 @@ from collections import Counter
 
 import faults
 import harness
-import model
+import oracle
 from cases import JobTest, blank, inked, job, page, roll
 
 MOST_REQUESTS = 2000
@@ -60,7 +60,7 @@ class FailingMemory(JobTest):
     def test_every_request_fails_once(self):
         work = faults.small_job()
         sound, _ = self.run_with(work, 0)
-        skipped = model.run(faults.small_job()).stdout
+        skipped = oracle.run(faults.small_job()).stdout
         self.assertEqual((sound.status, sound.stdout), (0, skipped))
         texts, libcups = [], Counter()
         for n in range(1, MOST_REQUESTS):
@@ -100,7 +100,7 @@ class FailingMemory(JobTest):
 
     def test_a_page_that_is_not_to_be_had_for_its_copies_is_skipped(self):
         pages = [page(*inked(9, 3)), page(*([b"\2" * 9] * 20), copies=2), page(*([b"\3" * 9] * 3))]
-        rest = model.run(job(pages[0], pages[2], ppd=roll())).stdout
+        rest = oracle.run(job(pages[0], pages[2], ppd=roll())).stdout
         run, _ = self.run_with(job(*pages, ppd=roll()), 1, size=9 * 20)
         self.assertEqual(run.status, 0)
         # The rows of the page stay in the stream and are taken for the next header: nothing sound follows.
@@ -120,7 +120,7 @@ class FailingMemory(JobTest):
         pages = [page(*inked(5, 3)), page(*inked(37, 3))]
         work = job(*pages, version=2, options="CutMode=1")
         sound, _ = self.run_with(work, 0)
-        begin = model.run(job(pages[0], version=2), cancelled_before=2).stdout
+        begin = oracle.run(job(pages[0], version=2), cancelled_before=2).stdout
         for n in range(1, MOST_REQUESTS):
             run, report = self.run_with(work, n, size=37 + 16)
             self.assertGreaterEqual(report.requests, n, "the row was never asked for")

@@ -4,7 +4,7 @@ import re
 import unittest
 
 import harness
-import model
+import oracle
 import raster
 from outcome import differences
 from ppd import Option, Ppd, Size
@@ -19,7 +19,7 @@ def hexed(text):
 
 def job(*pages, options="", ppd=None, version=3, order="<", **more):
     """A job of (header, rows) pages on a printer of the catalogue's first brand."""
-    return model.Job(raster=raster.stream(pages, version, order), options=options.encode(),
+    return oracle.Job(raster=raster.stream(pages, version, order), options=options.encode(),
                      ppd=Ppd() if ppd is None else ppd, ppd_path=harness.path("test.ppd").encode(), **more)
 
 
@@ -54,9 +54,9 @@ class JobTest(unittest.TestCase):
         harness.prepare()
 
     def run_job(self, work, **how):
-        """Runs a job, holds every channel to the model, and gives the outcome."""
+        """Runs a job, holds every channel to the oracle, and gives the outcome."""
         actual = harness.run(work, **how)
-        self.assertEqual(differences(model.run(work).masked(), actual), "")
+        self.assertEqual(differences(oracle.run(work).masked(), actual), "")
         return actual
 
     def assert_prints(self, work, *pieces):

@@ -1,4 +1,4 @@
-"""Random jobs against the model, byte for byte on every channel.
+"""Random jobs against the oracle, byte for byte on every channel.
 
 KLOV_RANDOM_JOBS says how many, KLOV_RANDOM_SEED where the numbers begin; job n of seed s is the same everywhere.
 KLOV_RANDOM_ONLY runs the one job of that number.
@@ -23,7 +23,7 @@ class RandomJobs(unittest.TestCase):
     def setUpClass(cls):
         harness.prepare()
 
-    def test_every_job_leaves_what_the_model_says(self):
+    def test_every_job_leaves_what_the_oracle_says(self):
         numbers = range(JOBS) if ONLY is None else [int(ONLY)]
         print("random jobs: seed %s, %d jobs" % (SEED, len(numbers)), file=sys.stderr)
         failures = []

@@ -2,11 +2,11 @@
 
 from dataclasses import dataclass
 
-import model_options
+import oracle_options
 import raster
 from cups_stream import Stream
-from model_channels import DEBUG, Channels, Fatal, INFORMATION
-from model_document import end_doc, process_page, start_doc
+from oracle_channels import DEBUG, Channels, Fatal, INFORMATION
+from oracle_document import end_doc, process_page, start_doc
 from numbers_c import signed
 from outcome import Outcome
 from ppd import Ppd
@@ -81,8 +81,8 @@ def _run(out, job, cancelled_before, cancelled_late):
     out.messages += b"DEBUG: rastertoklov compiled with KLOV library version 0.1.0\n"
     if job.arguments not in ACCEPTED_COUNTS:
         out.error(USAGE)
-    options = model_options.get_options(out, job)
-    model_options.dump_options(out, options)
+    options = oracle_options.get_options(out, job)
+    oracle_options.dump_options(out, options)
     out.trace(b"-dump options finished.\n")
     if job.arguments == 7 and not job.file_opens:
         out.error(b"Unable to open raster file")
