@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the fuzzers' seeds, fuzz/corpus: small sound inputs from which a fuzzer goes astray sooner than from nothing."""
+"""Writes the fuzzers' seeds, fuzz/corpus: small sound inputs, from which a fuzzer goes astray sooner."""
 
 import os
 import random

@@ -13,7 +13,8 @@ READS = "none: it reads"
 # Their bytes depend on how far the paper goes, so that the page gives the group that is repeated.
 REPEATED = {
     "klov_cmd_print_and_feed_paper": ("1B 4A n, once for every started 255 units", "1B 4A FF for every full 255 units"),
-    "klov_cmd_print_and_reverse_feed_n_line": ("1B 65 n, once for every started 255 lines", "1B 65 FF for every full 255"),
+    "klov_cmd_print_and_reverse_feed_n_line": (
+        "1B 65 n, once for every started 255 lines", "1B 65 FF for every full 255"),
 }
 SAME_AS = {"klov_cmd_clearbuffer": "klov_cmd_clear_buffer"}
 

@@ -69,9 +69,10 @@ class Options(PrintTest):
 
     def test_the_page_size_sets_width_and_length_and_rows_in_a_command(self):
         # A command holds 1024 bytes at most: fewer rows on wider paper.
-        for size, width, length, rows in (("72.07x100mm", 72, 100, 14), ("50.05x80mm", 50, 80, 20), ("30.03x80mm", 30, 80, 34)):
-            commands = self.print("PageSize=%s.Fullbleed" % size, "PaperSaveBottom=0", document=black_page(width, length),
-                                  queue="label")
+        for size, width, length, rows in (
+                ("72.07x100mm", 72, 100, 14), ("50.05x80mm", 50, 80, 20), ("30.03x80mm", 30, 80, 34)):
+            commands = self.print("PageSize=%s.Fullbleed" % size, "PaperSaveBottom=0",
+                                  document=black_page(width, length), queue="label")
             bands = [command for command in commands if isinstance(command, escpos.Raster)]
             self.assertEqual({band.width for band in bands if any(band.data)}, {width})
             self.assertEqual(max(band.rows for band in bands), rows)
@@ -82,14 +83,16 @@ class Options(PrintTest):
     def test_what_happens_when_done(self):
         expected = {"0": ([], 0), "1": ([], dots(20)), "2": ([CUT], dots(15)), "3": ([CUT, CUT], dots(15))}
         for value in self.choices("PostPrintAction"):
-            commands = self.print("PostPrintAction=" + value, "FormfeedLength=20", "CutPaperLength=15", document=two_pages)
+            commands = self.print("PostPrintAction=" + value, "FormfeedLength=20", "CutPaperLength=15",
+                                  document=two_pages)
             self.assertEqual((escpos.others(commands), escpos.blank_tail(commands)), expected[value])
 
     def test_after_every_page_each_page_is_fed_and_cut(self):
         commands = self.print("PostPrintAction=3", "CutPaperLength=15", document=two_pages)
         first_cut = commands.index(CUT)
         self.assertEqual(escpos.blank_tail(commands[:first_cut]), dots(15))
-        self.assertTrue(any(isinstance(command, escpos.Raster) and any(command.data) for command in commands[first_cut:]))
+        rest = commands[first_cut:]
+        self.assertTrue(any(isinstance(command, escpos.Raster) and any(command.data) for command in rest))
 
     def test_every_feed_length(self):
         for value in self.choices("FormfeedLength"):

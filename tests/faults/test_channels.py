@@ -79,7 +79,7 @@ class Channels(JobTest):
             self.assertEqual((process.returncode, file.read()), (0, oracle.run(long_job()).stdout))
 
     def test_raster_that_breaks_off_with_an_error_is_no_success(self):
-        """A socket whose far end went away with words unread ends in an error; this one does so after the first page."""
+        """A socket whose far end went away with words unread ends in an error; this one does so after page one."""
         work = long_job()
         near, far = socket.socketpair()
         with near, far:
@@ -110,7 +110,7 @@ class Channels(JobTest):
 
 
 class TracePath(JobTest):
-    """What somebody else put at the trace's path. The kernel's rules for sticky folders are what protects the victim."""
+    """What somebody else put at the trace's path. The kernel's rules for sticky folders protect the victim."""
 
     def setUp(self):
         if not harness.has_private_tmp() or os.geteuid() != 0:

@@ -72,7 +72,8 @@ class Consumers(unittest.TestCase):
 
     def test_a_program_finds_the_library_by_pkg_config(self):
         # The file names the final prefix; here that is the stage.
-        flags = run("pkg-config", "--define-variable=prefix=" + stage, "--cflags", "--libs", "klov", env=self.environment).split()
+        flags = run("pkg-config", "--define-variable=prefix=" + stage, "--cflags", "--libs", "klov",
+                    env=self.environment).split()
         program = os.path.join(work, "consumer")
         run(CC, "-std=c11", "-Wall", "-Wextra", "-pedantic", "-Werror", os.path.join(CONSUMER, "consumer.c"),
             "-o", program, *flags)

@@ -20,7 +20,7 @@ def hexed(text):
 def job(*pages, options="", ppd=None, version=3, order="<", **more):
     """A job of (header, rows) pages on a printer of the catalogue's first brand."""
     return oracle.Job(raster=raster.stream(pages, version, order), options=options.encode(),
-                     ppd=Ppd() if ppd is None else ppd, ppd_path=harness.path("test.ppd").encode(), **more)
+                      ppd=Ppd() if ppd is None else ppd, ppd_path=harness.path("test.ppd").encode(), **more)
 
 
 def page(*rows, copies=1, **fields):
