@@ -17,6 +17,10 @@ from scheduler import Scheduler
 sys.path.insert(0, os.path.join(os.environ["KLOV_SOURCE"], "tests", "ppd"))
 import tables  # noqa: E402, F401  (the readers of the model and option tables)
 
+# Behind ours: both folders have a module for raster streams.
+sys.path.append(os.path.join(os.environ["KLOV_SOURCE"], "tests", "filter", "process"))
+import bounded  # noqa: E402
+
 PATIENCE = 60
 
 
@@ -97,6 +101,8 @@ def wait_until(condition, what):
 
 
 class PrintTest(unittest.TestCase):
+    failureException = bounded.Failure
+
     def assert_same_dots(self, data, raster_path, width):
         """The paper shows the rows of the raster that CUPS made; blank ends of pages are left out.
 

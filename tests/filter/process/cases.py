@@ -3,8 +3,10 @@
 import re
 import unittest
 
+import bounded
 import harness
 import oracle
+import oracle_commands
 import raster
 from outcome import differences
 from ppd import Option, Ppd, Size
@@ -48,6 +50,7 @@ def choice(keyword, default, *others):
 
 class JobTest(unittest.TestCase):
     maxDiff = None
+    failureException = bounded.Failure
 
     @classmethod
     def setUpClass(cls):
@@ -69,7 +72,7 @@ class JobTest(unittest.TestCase):
 
 def raster_command(width, rows, mode=0):
     """The head of a raster command of literal bytes `rows` or of that many rows."""
-    return bytes((0x1D, 0x76, 0x30, mode, width & 0xFF, width >> 8, rows & 0xFF, rows >> 8))
+    return oracle_commands.raster_header(1, mode, width, rows)[1]
 
 
 def white(rows):

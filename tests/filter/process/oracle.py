@@ -1,6 +1,8 @@
 """A second, plain implementation of a whole print job: what the filter must leave on every channel, byte for byte."""
 
+import re
 from dataclasses import dataclass
+from pathlib import Path
 
 import oracle_options
 import raster
@@ -11,6 +13,9 @@ from numbers_c import signed
 from outcome import Outcome
 from ppd import Ppd
 
+VERSION = re.search(r"project\(klov VERSION (\S+)", (
+    Path(__file__).resolve().parents[3] / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+COMPILED = b"DEBUG: rastertoklov compiled with KLOV library version %s\n" % VERSION.encode()
 HANDLER_LINES = b"+cancel_handler(signum:15) start.\n-cancel_handler finished."
 USAGE = b"ERROR: rastertoklov job-id user title copies options [file]\n"
 ACCEPTED_COUNTS = (6, 7)
@@ -78,7 +83,7 @@ def run(job, cancelled_before=None, cancelled_late=False, limit=1 << 26):
 
 def _run(out, job, cancelled_before, cancelled_late):
     out.msg(INFORMATION, b"rastertoklov filter started")
-    out.messages += b"DEBUG: rastertoklov compiled with KLOV library version 0.1.0\n"
+    out.messages += COMPILED
     if job.arguments not in ACCEPTED_COUNTS:
         out.error(USAGE)
     options = oracle_options.get_options(out, job)

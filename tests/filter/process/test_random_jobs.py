@@ -5,12 +5,16 @@ KLOV_RANDOM_ONLY runs the one job of that number.
 """
 
 import os
+import re
 import sys
 import unittest
+from pathlib import Path
 
+import bounded
 import generator
 import harness
-from outcome import differences
+import oracle_options
+from outcome import differences, listing_difference
 
 JOBS = int(os.environ.get("KLOV_RANDOM_JOBS", "300"))
 SEED = os.environ.get("KLOV_RANDOM_SEED", "1")
@@ -19,9 +23,17 @@ MOST_REPORTED = 5
 
 
 class RandomJobs(unittest.TestCase):
+    failureException = bounded.Failure
+
     @classmethod
     def setUpClass(cls):
         harness.prepare()
+
+    def test_the_oracle_knows_every_option_of_the_filter(self):
+        source = Path(__file__).resolve().parents[3] / "filter" / "options.cpp"
+        keywords = set(re.findall(r'\.keyword = "(\w+)"', source.read_text(encoding="utf-8")))
+        self.assertEqual(set(oracle_options.KEYWORDS) ^ keywords, set(),
+                         "in filter/options.cpp or in tests/filter/process/oracle_options.py alone")
 
     def test_every_job_leaves_what_the_oracle_says(self):
         numbers = range(JOBS) if ONLY is None else [int(ONLY)]
@@ -33,7 +45,7 @@ class RandomJobs(unittest.TestCase):
             job, expected, note = generator.make("%s:%d" % (SEED, number), ppd_path)
             actual = harness.run(job)
             printed += len(expected.stdout) > 0
-            found = differences(expected.masked(), actual)
+            found = differences(expected.masked(), actual) or listing_difference(expected, actual)
             if found:
                 failures.append("seed %s job %d: %s\n%s" % (SEED, number, note, found))
                 if len(failures) == MOST_REPORTED:
