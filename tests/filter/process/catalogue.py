@@ -33,7 +33,8 @@ SENTINEL = Model(0xFFFFFFFF, "unknown", 0xFFFFFFFF, 0)
 @lru_cache(maxsize=None)
 def family_motion():
     """The vertical motion unit of each family that has properties, out of their table."""
-    rows = re.findall(r"^ *\{(0x[0-9A-F]+), \{.*?\}, .*?, (0\.\d+)F, \d\},$", FAMILIES.read_text(encoding="ascii"), re.M)
+    text = FAMILIES.read_text(encoding="ascii")
+    rows = re.findall(r"^ *\{(0x[0-9A-F]+), \{.*?\}, .*?, (0\.\d+)F, \d\},$", text, re.M)
     assert len(rows) >= 28, "the rows of %s are not read as they stand" % FAMILIES
     return {int(family, 0): float(motion) for family, motion in rows}
 

@@ -30,8 +30,8 @@ class Entry(JobTest):
             "INFO: rastertoklov filter started ",
             oracle.COMPILED.decode().rstrip(),
             "DEBUG: CutMode=1 x=y ", "DEBUG: CUPS printing options ", "DEBUG: model            = 0x1001 "])
-        page = lines.index("PAGE: 1 1")
-        self.assertEqual(lines[page:page + 42], [
+        begin = lines.index("PAGE: 1 1")
+        self.assertEqual(lines[begin:begin + 42], [
             "PAGE: 1 1", "INFO: AdvanceDistance:0", "INFO: AdvanceMedia:0", "INFO: Collate:FALSE", "INFO: CutMedia:0",
             "INFO: Duplex:TRUE", "INFO: HWResolution:203203", "INFO: ImagingBoundingBox:left0, bottom0, right0, top0",
             "INFO: InsertSheet:FALSE", "INFO: cups_jog_t:0", "INFO: cups_edge_t:0", "INFO: ManualFeed:FALSE",
@@ -43,7 +43,7 @@ class Entry(JobTest):
             "INFO: cupsColorOrder:0", "INFO: cupsColorSpace:3", "INFO: cupsCompression:0", "INFO: cupsHeight:1",
             "INFO: cupsMediaType:0", "INFO: cupsRowCount:0", "INFO: cupsRowFeed:0", "INFO: cupsRowStep:7",
             "INFO: cupsWidth:8", "INFO: cupsHeight:1", "DEBUG: process_page start."])
-        self.assertEqual(lines[page + 42:], [
+        self.assertEqual(lines[begin + 42:], [
             " (cups:successful-ok)", "DEBUG: \tlastStripBlanksHeight:0. (cups:successful-ok)",
             "DEBUG: rastertoklov filter finished (cups:successful-ok)"])
 
