@@ -73,8 +73,8 @@ function finish(    c, others) {
         if (class[c] in chosen && chosen[class[c]] != chosen["receipt"])
             others = others (others == "" ? "" : ", ") class[c] " `" chosen[class[c]] "`"
     if (no_mobile) others = others (others == "" ? "" : ", ") "none on mobile printers"
-    print "| `" keyword "`<br>" text " | " described() " | `" chosen["receipt"] "`" (others == "" ? "" : " (" others ")") \
-        " | " help " |"
+    if (others != "") others = " (" others ")"
+    print "| `" keyword "`<br>" text " | " described() " | `" chosen["receipt"] "`" others " | " help " |"
     keyword = help = ""
     values = 0
     split("", told)
