@@ -90,12 +90,14 @@ function write_sizes(class, head,    key, i, w) {
     printf "    MaxSize %.2f %.2f\n", width_points(head), roll_longest[key] * 72 / 25.4
 }
 
-# One size for each length; nodefault leaves the '*' to another list.
+# One size for each length; nodefault leaves the '*' to another list. Lengths that are no longer than the paper is wide
+# are left out: CUPS would turn such a page.
 function write_lengths(width, lengths, nodefault,    n, i, list, star, long, keyword, text, w, l) {
     n = split(lengths, list, " ")
     w = width_points(width)
     for (i = 1; i <= n; i++) {
         star = sub(/^[*]/, "", list[i]) && !nodefault ? "*" : ""
+        if (list[i] != "=" && list[i] <= width + 1) continue
         l = list[i] == "=" ? w : list[i] * 72 / 25.4
         long = list[i] == "=" ? width : list[i]
         keyword = millimetres(w) "x" millimetres(l) "mm.Fullbleed"

@@ -32,7 +32,7 @@ class Places(unittest.TestCase):
         described = headers.described_bytes()
         for encoder in encoders():
             name = LISTED_AS.get(encoder, encoder.removeprefix("klov_cmd_"))
-            self.assertIn(name, patterns, "add a row for %s to preview/table_rows.h" % encoder)
+            self.assertTrue(name in patterns, "add a row for %s to preview/table_rows.h" % encoder)
             for text in described[encoder]:
                 for part in text.split(";"):
                     stated = leading_bytes(re.sub(r"^[^:]*: ", "", part.strip()))

@@ -77,10 +77,10 @@ class Conformance(unittest.TestCase):
         filters = os.path.join(work, "filters")
         result = subprocess.run(["cupstestppd", "-I", "filters"] + [ppd.path for ppd in ppds],
                                 capture_output=True, text=True)
-        self.assertEqual(result.returncode, 0, result.stdout)
+        complaints = [line for line in result.stdout.splitlines() if "WARN" in line or "FAIL" in line]
+        self.assertEqual(complaints[:5], [])
+        self.assertEqual(result.returncode, 0)
         self.assertEqual(result.stdout.count(": PASS"), len(ppds))
-        self.assertNotIn("WARN", result.stdout)
-        self.assertNotIn("FAIL", result.stdout)
         self.assertFalse(os.path.exists(filters))
 
 
@@ -122,7 +122,9 @@ class Sizes(unittest.TestCase):
         """CUPS would turn a custom label of 50 x 30 if the list held 30 x 50."""
         for ppd, model in self.each():
             for width, length in ppd.numbers("PaperDimension").values():
-                self.assertTrue(length == width or length * DPI / 72 > model["width"] + 8)
+                self.assertTrue(length == width or length * DPI / 72 > model["width"] + 8,
+                                "%s: %s x %s points; give the width its own row in ppd/sizes.txt" % (
+                                    ppd.path, width, length))
 
     def test_custom_sizes_reach_the_length_of_a_roll(self):
         for ppd, _ in self.each():
