@@ -97,7 +97,7 @@ function write_lengths(width, lengths, nodefault,    n, i, list, star, long, key
     w = width_points(width)
     for (i = 1; i <= n; i++) {
         star = sub(/^[*]/, "", list[i]) && !nodefault ? "*" : ""
-        if (list[i] != "=" && list[i] <= width + 1) continue
+        if (list[i] != "=" && list[i] + 0 <= width + 1) continue
         l = list[i] == "=" ? w : list[i] * 72 / 25.4
         long = list[i] == "=" ? width : list[i]
         keyword = millimetres(w) "x" millimetres(l) "mm.Fullbleed"
