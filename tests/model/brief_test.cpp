@@ -244,23 +244,32 @@ TEST(Listing, BufferTooSmallForTheFirstNameGetsOnlyTheNulAndTheFullTotal)
 
 TEST(Listing, ANameThatDoesNotFitIsSkippedAndALaterShorterOneIsNot)
 {
-    // Brelvik's first model, BVK-210, has a longer name than a later one, BVK-C1. A name also needs one byte more than
-    // itself, its tab and the NUL.
-    const std::string first = "BVK-210";
+    // Brelvik's BVK-210 has a longer name than a later model, BVK-C1. A name also needs one byte more than itself, its
+    // tab and the NUL.
+    const std::string skipped = "BVK-210";
+    std::string before;
     std::string later;
+    bool behind = false;
     for (const model_brief &row : model_brief_table) {
-        if (later.empty() && std::string(row.manufacturer) == "Brelvik" && strlen(row.model_name) < first.size()) {
-            later = row.model_name;
+        const std::string name = row.model_name;
+        if (std::string(row.manufacturer) != "Brelvik") {
+            continue;
+        }
+        behind = behind || name == skipped;
+        if (!behind) {
+            before += name + "\t";
+        } else if (later.empty() && name.size() < skipped.size()) {
+            later = name;
         }
     }
     ASSERT_NE(later, "");
-    char buffer[64];
+    char buffer[256];
     int32_t total = unset;
-    const auto short_by_one = static_cast<int32_t>(first.size() + 2);
+    const auto short_by_one = static_cast<int32_t>(before.size() + skipped.size() + 2);
     ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, short_by_one, &total), KLOV_OK);
-    EXPECT_EQ(buffer, later + "\t");
+    EXPECT_EQ(buffer, before + later + "\t");
     ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, short_by_one + 1, &total), KLOV_OK);
-    EXPECT_EQ(buffer, first + "\t");
+    EXPECT_EQ(buffer, before + skipped + "\t");
 }
 
 TEST(Listing, TheEmptyManufacturerListsTheUnbrandedModels)
