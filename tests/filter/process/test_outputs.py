@@ -77,8 +77,8 @@ class Messages(JobTest):
     def assert_same_print(self, work, **how):
         expected = oracle.run(work)
         actual = harness.run(work, **how)
-        self.assertEqual((actual.status, actual.stdout), (0, expected.stdout))
-        self.assertEqual(actual.trace, expected.masked().trace)
+        self.assertEqual(differences(Outcome(expected.stdout, b"", expected.masked().trace, 0),
+                                     Outcome(actual.stdout, b"", actual.trace, actual.status)), "")
 
     def test_a_full_log_changes_nothing(self):
         with open("/dev/full", "wb") as full:
@@ -109,7 +109,8 @@ class Messages(JobTest):
         path = harness.write_file("named.ras", work.raster)
         with harness.start(work, path, closed=("stdin",), stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             printed, messages = process.communicate(timeout=harness.TIMEOUT)
-        self.assertEqual((process.returncode, printed, messages), (0, expected.stdout, expected.stderr))
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(printed, messages, None, process.returncode)), "")
 
     def test_standard_input_is_closed_and_no_file_is_named(self):
         work = small_job()
@@ -235,7 +236,8 @@ class NoTrace(JobTest):
             self.assertIsNone(harness.read_trace())
         finally:
             private_tmp.unmount("/tmp", lazily=True)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, expected.stdout, expected.stderr))
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(done.stdout, done.stderr, None, done.returncode)), "")
 
     def test_a_fifo_that_somebody_reads_gets_the_whole_trace(self):
         harness.remove_trace()
@@ -270,7 +272,8 @@ class Hold(JobTest):
                 os.unlink(harness.HOLD_FILE)
             printed, messages = process.communicate(timeout=harness.TIMEOUT)
         expected = oracle.run(work)
-        self.assertEqual((process.returncode, printed, messages), (0, expected.stdout, expected.stderr))
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(printed, messages, None, process.returncode)), "")
 
     def wait_until_busy(self, process):
         """Until the process has used up a fifth of a second: far more than a job of this size takes."""

@@ -50,7 +50,7 @@ class RandomJobs(unittest.TestCase):
                 failures.append("seed %s job %d: %s\n%s" % (SEED, number, note, found))
                 if len(failures) == MOST_REPORTED:
                     break
-        self.assertEqual(failures, [], "\n\n" + "\n\n".join(failures))
+        self.assertFalse(failures, "\n\n" + "\n\n".join(failures))
         if ONLY is None and JOBS >= 100:
             self.assertGreater(printed, JOBS // 2, "most jobs must print, or the test says little")
 
