@@ -29,8 +29,8 @@ enum class Tail {
 
 struct TableRow {
     // Bytes as two upper-case hexadecimal digits; parameters as a lower-case name: `n` one byte, `n.2` and `n.4`
-    // little-endian, `n.b2` high byte first, `n.s2` signed, `d.8` eight bytes of data. `m=0-3,48-51` takes these values only. `again`
-    // repeats a parameter and is not listed.
+    // little-endian, `n.b2` high byte first, `n.s2` signed, `d.8` eight bytes of data. `m=0-3,48-51` takes these values
+    // only. `again` repeats a parameter and is not listed.
     const char *pattern;
     const char *name;
     Tail tail = Tail::none;

@@ -1,5 +1,5 @@
-// A failed comparison shows both sides, and here a side can be a trace of megabytes. What one failure prints is bounded:
-// its beginning and its end, where the texts of the comparison and of the test itself stand.
+// A failed comparison shows both sides, and here a side can be a trace of megabytes. What one failure prints is
+// bounded: its beginning and its end, where the texts of the comparison and of the test itself stand.
 #include <gtest/gtest.h>
 
 #include <memory>
