@@ -19,8 +19,8 @@ import pages
 import svg
 
 # Which stock filters run, with which command set of CUPS's sample drivers (by its cupsModelNumber):
-#  - rastertolabel 0 sends each row as it is, 18 run-length codes rows in hexadecimal, 32 compresses rows and skips equal
-#    ones: the fastest of its six on short jobs, on black pages and on text;
+#  - rastertolabel 0 sends each row as it is, 18 run-length codes rows in hexadecimal, 32 compresses rows and skips
+#    equal ones: the fastest of its six on short jobs, on black pages and on text;
 #  - rastertoepson 0 and 1 are the heads with 9 and 24 pins; they work on bands, so their header gives the rows in one;
 #  - rastertoescpx takes its PPD from the 24-pin printer, as no sample has one of its own. On one-bit pages it runs its
 #    whole colour path and reads past the row's end: its figures are for completeness, it is never near the fastest.
@@ -188,7 +188,8 @@ def main():
         if words.trace_in and os.path.exists(trace):
             os.unlink(trace)
     part = "Limits\n" + harness.table(["", "is", "limit", ""], [
-        [name, "%.2f" % value, "%.2f" % limit, "kept" if value <= limit else "MISSED"] for name, value, limit in limits])
+        [name, "%.2f" % value, "%.2f" % limit, "kept" if value <= limit else "MISSED"]
+        for name, value, limit in limits])
     print(part)
     text.append(part)
     listing, picture = os.path.join(words.out, "compare.txt"), os.path.join(words.out, "compare.svg")

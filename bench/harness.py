@@ -60,7 +60,8 @@ class Workshop:
     def _made_ppd(self, name, drv, pattern):
         folder = self.path("ppd-" + name)
         if not os.path.isdir(folder):
-            subprocess.run(["ppdc", "-d", folder, drv], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            subprocess.run(["ppdc", "-d", folder, drv], check=True, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
         for path in sorted(glob.glob(folder + "/*.ppd")):
             with open(path, encoding="latin-1") as file:
                 if re.search(pattern, file.read()):
@@ -126,8 +127,9 @@ def output_of(case, prefix=()):
     if case.trace == "off":
         os.mkdir(TRACE)
     with open(case.stream, "rb") as source:
-        return subprocess.run([*prefix, *command(case.program, case.options)], env=environment(case.ppd, case.recording),
-                              stdin=source, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True).stdout
+        words = [*prefix, *command(case.program, case.options)]
+        return subprocess.run(words, env=environment(case.ppd, case.recording), stdin=source, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=True).stdout
 
 
 def stock_filter(name):

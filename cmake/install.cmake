@@ -27,7 +27,7 @@ if(KLOV_FILTER)
   # After an upgrade the cups package refreshes the PPDs of the queues that this file names.
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/printer-driver-klov.ppd-updater
     DESTINATION ${KLOV_CUPS_DATADIR}/ppd-updaters COMPONENT driver)
-  install(FILES ${PROJECT_SOURCE_DIR}/filter/rastertoklov.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT driver)
+  install(FILES ${PROJECT_BINARY_DIR}/ppd/rastertoklov.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT driver)
 endif()
 
 install(TARGETS klov EXPORT klovTargets

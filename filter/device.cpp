@@ -33,20 +33,6 @@ void free_records(printer_dev *dev)
 dev_options *init_dev_mode(dev_options *options)
 {
     *options = {};
-    options->model = 0x1001;
-    options->type = options->model << 16 | 1;
-    options->printer_width = 48;
-    options->max_render_height = 14;
-    options->resolution = 203;
-    options->dot_unit = static_cast<float>(254.0 / options->resolution / 10.0);
-    options->speed = -1;
-    options->density = -1;
-    options->linespacing = -1;
-    options->beeptimes = 1;
-    options->externalbeeptimes = 1;
-    options->postprintaction = 2;
-    options->cutdistance = -1;
-    options->papersavebottom = 1;
     return options;
 }
 

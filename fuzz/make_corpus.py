@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the fuzzers' seeds, fuzz/corpus: small sound inputs from which a fuzzer goes astray sooner than from nothing."""
+"""Writes the fuzzers' seeds, fuzz/corpus: small sound inputs, from which a fuzzer goes astray sooner."""
 
 import os
 import random
@@ -74,6 +74,33 @@ def random_seeds(seed, size):
         yield "random-%02d" % number, rng.randbytes(size)
 
 
+def encoder_key(name):
+    """How an input names its encoder: the folded FNV-1a hash, as fuzz/encoders.cpp computes it."""
+    value = 0x811C9DC5
+    for byte in name.encode():
+        value = (value ^ byte) * 0x01000193 & 0xFFFFFFFF
+    return (value >> 16 ^ value & 0xFFFF).to_bytes(2, "little")
+
+
+ENCODERS = ("transmit_printer_version",
+            "print_downloaded_bit_image",
+            "pdf417_set_the_number_of_rows",
+            "write_to_nv_user_memory",
+            "return_home",
+            "select_the_number_of_parts_for_the_thermal_head_energizing",
+            "set_2track_card_reader_mode",
+            "qr_transmit_the_size_information_of_the_symbol_data_in_the_symbol_storage_area",
+            "select_the_print_control_mode",
+            "eh_reset",
+            "feed_paper_to_the_print_starting_position",
+            "pdf417_print_the_symbol_data_in_the_symbol_storage_area")
+
+
+def encoder_seeds():
+    for name, (file_name, data) in zip(ENCODERS, encoder_seeds()):
+        yield file_name, encoder_key("klov_cmd_" + name) + data[2:]
+
+
 def reply_seeds():
     yield "version", b"\x01\x01\x03_1.2.30 "
     yield "symbol", b"\x01\x01\x0376" + b"12\x1f34\x1f"
@@ -89,7 +116,7 @@ def text_seeds():
 
 
 SEEDS = {"raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
-         "compression": compression_seeds(), "encoders": random_seeds(2, 48), "properties": random_seeds(3, 32),
+         "compression": compression_seeds(), "encoders": encoder_seeds(), "properties": random_seeds(3, 32),
          "log": log_seeds(), "replies": reply_seeds(), "texts": text_seeds()}
 
 

@@ -47,7 +47,7 @@ void make_device(Device &device, fuzz::Input &input)
     options.papersavemode = input.byte() % 5;
     options.cutdistance = static_cast<int32_t>(input.number() % 300);
     device.state = {};
-    device.strip.resize(static_cast<size_t>(options.printer_width * options.max_render_height));
+    device.strip.resize(static_cast<size_t>(options.printer_width) * static_cast<size_t>(options.max_render_height));
     device.work.resize(device.strip.size() + 20);
     device.dev = {&options,
                   &device.state,

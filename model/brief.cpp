@@ -1,14 +1,12 @@
 // The catalogue's rows, and the lookups that find one. A lookup visits every row, the closing one too, so that the name
 // "unknown" can be found.
-#include <klov/model.h>
-#include <klov/text.h>
-#include <stdlib.h>
+#include "model/rows.h"
+
 #include <string.h>
 
 constexpr model_brief model_brief_table[] = {
 #include "model_table.inc"
 };
-static_assert(model_brief_table[MODEL_BRIEF_ROWS - 1].id == 0xFFFFFFFF, "models.txt has a row too few or too many");
 
 const model_brief *klov_printer_model_brief_find_by_id(uint32_t id)
 {
@@ -110,7 +108,7 @@ int32_t klov_printer_model_get_manufacture_modelnames(const char *manufacturer, 
 }
 
 // The test of the narrow result is the wrong way round, and stays so: callers in the field read the list as the narrow
-// text that they have always got here. What is converted is the empty list alone.
+// text that they have always got here. What would be converted is the empty list alone: a buffer of zeros.
 int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char *manufacturer, wchar_t *wide_buffer,
                                                             int32_t buffer_size, int32_t *total_out)
 {
@@ -121,19 +119,6 @@ int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char *manufact
     if (wide_buffer == nullptr || buffer_size < 1) {
         return 1;
     }
-    const int32_t wide_size = static_cast<int32_t>(sizeof(wchar_t));
-    const int32_t length = *total_out < buffer_size ? *total_out : buffer_size;
-    // Room for the terminator at least, which is all that an empty list comes to.
-    const int32_t room = length / wide_size > 0 ? length / wide_size : 1;
-    wchar_t *scratch = static_cast<wchar_t *>(calloc(static_cast<size_t>(room), sizeof(wchar_t)));
-    int32_t count = 0;
-    if (scratch != nullptr) {
-        a2w(scratch, buffer_size / wide_size, text, length, 0, &count);
-    }
     memset(wide_buffer, 0, static_cast<size_t>(buffer_size));
-    if (count > 0) {
-        memcpy(wide_buffer, scratch, static_cast<size_t>(count) * sizeof(wchar_t));
-    }
-    free(scratch);
     return 1;
 }

@@ -1,6 +1,8 @@
 // The properties that a hardware family (a model id) gives to its models.
 #include "model/instance.h"
 
+#include "model/rows.h"
+
 const char *PAGEMODE_AREA_DEFAULT = "";
 const char *PAGEMODE_AREA_2 = "576,936";
 const char *FONTS_DEFAULT =
@@ -63,7 +65,13 @@ constexpr family families[] = {
     {0x9602, {0, 0, 2, 0, 0}, 0, &PAGEMODE_AREA_DEFAULT, &FONTS_DEFAULT, 0.125F, 0},
 };
 
-const family *find_family(uint32_t id)
+// Families whose models have the default properties and count as unrecognised: creators make an instance all the same,
+// refills say KLOV_E_UNKNOWN_MODEL.
+constexpr uint32_t families_without_properties[] = {
+    0x1009, 0x1486, 0x1565, 0x2042, 0x3001, 0x3104, 0x3105, 0x3108, 0x3201, 0x4001, 0x9603, 0xFFFFFFFF,
+};
+
+constexpr const family *find_family(uint32_t id)
 {
     for (const family &candidate : families) {
         if (candidate.id == id) {
@@ -100,6 +108,29 @@ void copy_family(const family &source, printer_model *model)
     model->motion_v = source.motion_v;
     model->special_flag = source.special_flag;
 }
+
+constexpr bool has_no_properties(uint32_t id)
+{
+    for (const uint32_t candidate : families_without_properties) {
+        if (candidate == id) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The first id of the catalogue that stands in neither list, or in both; 0 when there is none.
+constexpr uint32_t undecided_family()
+{
+    for (const model_brief &row : catalogue) {
+        if ((find_family(row.id) != nullptr) == has_no_properties(row.id)) {
+            return row.id;
+        }
+    }
+    return 0;
+}
+static_assert(undecided_family() == 0,
+              "a family of models.txt has no row here: add it to families[], or to families_without_properties[]");
 
 }  // namespace
 

@@ -1,6 +1,4 @@
 // Property queries: a model's properties by key, as bytes in the caller's buffer.
-#include <klov/text.h>
-#include <stdlib.h>
 #include <string.h>
 
 #include "model/instance.h"
@@ -64,25 +62,6 @@ void get_bool(uint8_t value, property_out out)
     *out.type = MODEL_PROPTYPE_BOOL;
 }
 
-// Converts `length` bytes of unterminated text in the buffer. The room is counted in bytes, a quarter of what the wide
-// text takes, so a2w() always refuses and the narrow text stays; callers in the field read it as narrow text. Were the
-// conversion to succeed, as many bytes as there are wide characters would come back.
-void widen(char *buffer, int32_t length)
-{
-    const int32_t room = length / static_cast<int32_t>(sizeof(wchar_t));
-    char *text = static_cast<char *>(calloc(static_cast<size_t>(length) + 1, 1));
-    wchar_t *scratch = static_cast<wchar_t *>(calloc(static_cast<size_t>(room) + 1, sizeof(wchar_t)));
-    if (text != nullptr && scratch != nullptr) {
-        memcpy(text, buffer, static_cast<size_t>(length));
-        int32_t count = 0;
-        if (a2w(scratch, room, text, length, 0, &count) == KLOV_OK) {
-            memcpy(buffer, scratch, static_cast<size_t>(count));
-        }
-    }
-    free(scratch);
-    free(text);
-}
-
 }  // namespace
 
 int32_t klov_printer_model_get_property(const printer_model *model, int32_t key, int32_t *type_out, void *buffer,
@@ -116,7 +95,7 @@ int32_t klov_printer_model_get_property(const printer_model *model, int32_t key,
     }
 }
 
-// The length is doubled although the text stays narrow; callers halve it.
+// The text stays narrow although its length is doubled; callers halve it and read narrow text.
 int32_t klov_printer_model_get_property_wchar(const printer_model *model, int32_t key, int32_t *type_out, void *buffer,
                                               int32_t buffer_size, int32_t *length_out)
 {
@@ -128,12 +107,8 @@ int32_t klov_printer_model_get_property_wchar(const printer_model *model, int32_
     if (result != KLOV_OK) {
         return result;
     }
-    const bool is_string = *type_out == MODEL_PROPTYPE_STRING;
-    if (is_string && buffer != nullptr) {
-        widen(static_cast<char *>(buffer), smaller(length, buffer_size));
-    }
     if (length_out != nullptr) {
-        *length_out = is_string ? length * 2 : length;
+        *length_out = *type_out == MODEL_PROPTYPE_STRING ? length * 2 : length;
     }
     return KLOV_OK;
 }

@@ -6,7 +6,7 @@ new=$(mktemp)
 trap 'rm -f "$new"' EXIT
 {
   sed '/<!-- options: begin/q' docs/printers.md
-  awk -f ppd/options-table.awk ppd/options.txt
+  awk -f ppd/options-table.awk ppd/options.drv
   sed -n '/<!-- options: end/,$p' docs/printers.md
 } >"$new"
 cat "$new" >docs/printers.md

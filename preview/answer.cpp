@@ -55,37 +55,36 @@ Reply version(const Command &command)
 
 std::vector<uint8_t> answer(const Command &command, const Health &health)
 {
-    const std::string_view name = command.name;
     const int64_t n = command.arg("n");
     if (command.kind != Kind::command) {
         return {};
     }
-    if (name == "transmit_real_time_status") {
+    if (command.is("transmit_real_time_status")) {
         return real_time_status(n, health);
     }
     // One byte: bit 0 tells a printer that can not print, as the library reads it.
-    if (name == "transmit_status" && (n == 2 || n == 50)) {
+    if (command.is("transmit_status") && (n == 2 || n == 50)) {
         return {bits(health.paper_end || health.cover_open, 0x01)};
     }
-    if (name == "transmit_status" || name == "transmit_paper_sensor_status") {
+    if (command.is("transmit_status") || command.is("transmit_paper_sensor_status")) {
         return {paper_sensor(health)};
     }
-    if (name == "transmit_peripheral_device_status") {
+    if (command.is("transmit_peripheral_device_status")) {
         return {0x00};
     }
-    if (name == "enable_disable_ASB") {
+    if (command.is("enable_disable_ASB")) {
         return n == 0 ? Reply{} : automatic_status(health);
     }
-    if (name == "transmit_specified_status_in_real_time") {
+    if (command.is("transmit_specified_status_in_real_time")) {
         return n == 1 ? automatic_status(health) : Reply{static_cast<uint8_t>(0x22 | bits(health.cover_open, 0x10))};
     }
-    if (name == "transmit_printer_id") {
+    if (command.is("transmit_printer_id")) {
         return {0x02};
     }
-    if (name == "transmit_printer_version") {
+    if (command.is("transmit_printer_version")) {
         return version(command);
     }
-    if (name.starts_with("qr_transmit_the_size")) {
+    if (command.is("qr_transmit_the_size_information_of_the_symbol_data_in_the_symbol_storage_area")) {
         return text(
             "7621\x1F"
             "21\x1F");

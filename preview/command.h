@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "preview/names.h"
+
 namespace preview {
 
 using Bytes = std::span<const uint8_t>;
@@ -35,8 +37,12 @@ struct Command {
     Bytes bytes;  // the command's bytes; for a raster image only its header
     Bytes data;   // the caller data at the command's end; empty for a raster image, whose rows are delivered one by one
 
+    bool is(CommandName wanted) const
+    {
+        return name == wanted.text();
+    }
     // The argument's value, or `missing` when the command has none of that name.
-    int64_t arg(std::string_view wanted, int64_t missing = 0) const;
+    int64_t arg(ArgName wanted, int64_t missing = 0) const;
 };
 
 // The header of a raster image.

@@ -25,10 +25,10 @@ bool may_begin_command(uint8_t byte)
 
 }  // namespace
 
-int64_t Command::arg(std::string_view wanted, int64_t missing) const
+int64_t Command::arg(ArgName wanted, int64_t missing) const
 {
     for (const Arg &candidate : args) {
-        if (candidate.name == wanted) {
+        if (candidate.name == wanted.text()) {
             return candidate.value;
         }
     }

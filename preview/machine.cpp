@@ -21,7 +21,7 @@ const HandlerIndex &handlers()
         for (const auto rows : {Machine::layout_handlers(), Machine::text_handlers(), Machine::image_handlers(),
                                 Machine::symbol_handlers(), Machine::device_handlers()}) {
             for (const Machine::HandlerRow &row : rows) {
-                built.emplace(row.name, row.handler);
+                built.emplace(row.name.text(), row.handler);
             }
         }
         return built;

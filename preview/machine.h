@@ -82,7 +82,7 @@ public:
 
     using Handler = void (Machine::*)(const Command &);
     struct HandlerRow {
-        const char *name;
+        CommandName name;
         Handler handler;
     };
 

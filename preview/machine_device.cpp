@@ -42,7 +42,7 @@ void Machine::do_cut(const Command &command)
 void Machine::do_pulse(const Command &command)
 {
     const int64_t pin = command.arg("m") % 48;
-    const std::string times = command.name == "generate_pulse"
+    const std::string times = command.is("generate_pulse")
                                   ? std::to_string(command.arg("t1")) + "/" + std::to_string(command.arg("t2"))
                                   : std::to_string(command.arg("t"));
     event(command, "drawer", "drawer " + std::to_string(pin + 1) + ", pulse " + times);
@@ -51,15 +51,15 @@ void Machine::do_pulse(const Command &command)
 void Machine::do_buzzer(const Command &command)
 {
     const std::string count = std::to_string(command.arg("n"));
-    event(command, "buzzer", command.name == "set_buzzer" ? "buzzer setting " + count : "buzzer x" + count);
+    event(command, "buzzer", command.is("set_buzzer") ? "buzzer setting " + count : "buzzer x" + count);
 }
 
 void Machine::do_label(const Command &command)
 {
     end_open_line();
-    const bool peel = command.name == "feed_paper_to_the_label_peeling_position";
-    const bool cutter = command.name == "feed_paper_to_the_cutting_position";
-    const bool start = command.name == "feed_paper_to_the_print_starting_position";
+    const bool peel = command.is("feed_paper_to_the_label_peeling_position");
+    const bool cutter = command.is("feed_paper_to_the_cutting_position");
+    const bool start = command.is("feed_paper_to_the_print_starting_position");
     event(command, "label",
           peel     ? "to the peeling position"
           : cutter ? "to the cutting position"

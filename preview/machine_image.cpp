@@ -6,7 +6,7 @@
 namespace preview {
 namespace {
 
-uint32_t number(const Command &command, std::string_view name)
+uint32_t number(const Command &command, ArgName name)
 {
     return static_cast<uint32_t>(command.arg(name));
 }
@@ -254,7 +254,7 @@ void Machine::do_line_or_rectangle(const Command &command)
         corner[i] = std::min(value, i % 2 == 0 ? options_.width - 1 : 4095U);
     }
     Bitmap drawing = make_bitmap(options_.width, std::max(corner[1], corner[3]) + 1);
-    if (command.name == "draw_line") {
+    if (command.is("draw_line")) {
         draw_segment(drawing, corner[0], corner[1], corner[2], corner[3]);
     } else {
         draw_segment(drawing, corner[0], corner[1], corner[2], corner[1]);

@@ -76,7 +76,7 @@ void Machine::do_symbol_setting(const Command &command)
     const uint32_t digit = n >= 48 ? n - 48 : n;
     Settings &to = settings_;
     struct Row {
-        std::string_view name;
+        CommandName name;
         uint32_t &setting;
         uint32_t value;
     };
@@ -96,7 +96,7 @@ void Machine::do_symbol_setting(const Command &command)
         {"qr_select_the_error_correction_level", to.qr_level, std::min(digit, 3U)},
     };
     for (const Row &row : rows) {
-        if (row.name == command.name) {
+        if (command.is(row.name)) {
             row.setting = row.value;
         }
     }

@@ -86,7 +86,7 @@ const PatternIndex &patterns()
 {
     static const PatternIndex index = [] {
         PatternIndex built;
-        for (const TableRow &row : command_table()) {
+        for (const TableRow &row : command_table) {
             Pattern pattern = compile(row);
             built[pattern.tokens[0].value].push_back(std::move(pattern));
         }
@@ -157,10 +157,10 @@ TailLength nv_images_length(Bytes tail, int64_t count)
     return full(static_cast<int64_t>(length));
 }
 
-int64_t arg_of(const std::vector<Arg> &args, std::string_view name)
+int64_t arg_of(const std::vector<Arg> &args, ArgName name)
 {
     for (const Arg &arg : args) {
-        if (arg.name == name) {
+        if (arg.name == name.text()) {
             return arg.value;
         }
     }

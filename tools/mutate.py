@@ -50,12 +50,13 @@ REPLACEMENTS = {
                    ("|", "&"), ("^", "&"), ("+=", "-="), ("-=", "+="), ("|=", "&=")],
     "logical": [("&&", "||"), ("||", "&&")],
 }
-BLANKED = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|^#[^\n]*|static_assert\(.*?\);|template <[^\n]*', re.S | re.M)
+BLANKED = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|^#[^\n]*|static_assert\(.*?\);|template <[^\n]*',
+                     re.S | re.M)
 # Octal numbers are file modes, which are none of the units' business.
 NUMBER = re.compile(r"(?<![\w.'])(0x[0-9A-Fa-f]+|0|[1-9]\d*)([uUlL]*)(?![\w.'])")
 RETURN = re.compile(r"\breturn ([^;{}]+);")
-STATEMENT = re.compile(r"^[ ]+((?:\*?[\w.>\-\[\]:*]+(?:\+\+)? ?(?:[-+|]?= [^;=][^;{}]*|\([^;{}]*\))|break|continue|return));",
-                       re.M)
+STATEMENT = re.compile(r"^[ ]+((?:\*?[\w.>\-\[\]:*]+(?:\+\+)? ?(?:[-+|]?= [^;=][^;{}]*|\([^;{}]*\))"
+                       r"|break|continue|return));", re.M)
 NEGATION = re.compile(r"!(?=[\w(])")
 
 
@@ -132,8 +133,8 @@ class Build:
         self.folder = pathlib.Path(folder).resolve()
         programs = sorted({program for _, programs in TARGETS.values() for program in programs})
         if not (self.folder / "build.ninja").exists():
-            self.call("cmake", "-S", ".", "-B", str(self.folder), "-G", "Ninja", "-DKLOV_TESTS=ON", "-DKLOV_PREVIEW=OFF",
-                      "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1 -g0")
+            self.call("cmake", "-S", ".", "-B", str(self.folder), "-G", "Ninja", "-DKLOV_TESTS=ON",
+                      "-DKLOV_PREVIEW=OFF", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1 -g0")
         self.call("cmake", "--build", str(self.folder), "-j", str(os.cpu_count()), "--target", *programs)
         database = self.call("ninja", "-C", str(self.folder), "-t", "compdb")
         root = pathlib.Path.cwd()
@@ -233,8 +234,8 @@ def report(mutants, results, total, seed):
             print("alive, %s: %s:%d\n    %s\n    %s" % (word, mutant.path, mutant.line, mutant.before, mutant.after))
     valid = len(results) - results.count("invalid")
     share = 100.0 * results.count("killed") / max(valid, 1)
-    print("seed %s, %d of %d possible mutants, %d of them no programs" % (seed, len(mutants), total,
-                                                                         results.count("invalid")))
+    print("seed %s, %d of %d possible mutants, %d of them no programs" % (
+        seed, len(mutants), total, results.count("invalid")))
     print("mutants %d killed %d (%.1f %%)" % (valid, results.count("killed"), share))
     return share if valid else 0.0
 

@@ -18,9 +18,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/** Rows of the catalogue: 173 models and the closing "unknown" row. */
-#define MODEL_BRIEF_ROWS 174
-
 /** One row of the catalogue. */
 typedef struct model_brief {
     uint32_t id;              /**< the hardware family, shared by its models; 0xFFFFFFFF in the closing row */
@@ -79,11 +76,12 @@ typedef struct printer_model {
 #define MODEL_PROPTYPE_INT 3    /**< property type: four bytes, least significant first */
 #define MODEL_PROPTYPE_BYTE 4   /**< property type: one byte; no property has it */
 
-/** The catalogue; the closing row is the last. */
-KLOV_API const model_brief model_brief_table[MODEL_BRIEF_ROWS];
+/** The catalogue. It grows with every release; the row with the id 0xFFFFFFFF is the last. */
+KLOV_API const model_brief model_brief_table[];
 
-/** The instances that the id queries have made so far, filled from the front, null behind. */
-KLOV_API printer_model *models_table[MODEL_BRIEF_ROWS];
+/** The instances that the id queries have made so far: as many places as the catalogue has rows, filled from the front,
+    null behind. */
+KLOV_API printer_model *models_table[];
 
 /* ---- Catalogue rows ---- */
 

@@ -82,8 +82,8 @@ class MissingDescription(unittest.TestCase):
         self.assertIn("cover_open", self.refused("status.h", described, "uint8_t cover_open;"))
 
     def test_of_a_constant_is_refused(self):
-        said = self.refused("model.h", "#define MODEL_BRIEF_ROWS", "#define MODEL_NEW 1\n#define MODEL_BRIEF_ROWS")
-        self.assertIn("MODEL_BRIEF_ROWS", said)
+        said = self.refused("model.h", "#define MODEL_PROP_ID", "#define MODEL_NEW 1\n#define MODEL_PROP_ID")
+        self.assertIn("MODEL_NEW", said)
 
 
 if __name__ == "__main__":

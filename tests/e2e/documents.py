@@ -16,10 +16,11 @@ def write_pdf(path, pages, width=204.3, height=283.46):
                b"<</Type/Pages/Count %d/Kids[%s]>>" % (
                    len(pages), b" ".join(b"%d 0 R" % (5 + 2 * i) for i in range(len(pages)))),
                b"<</Type/Font/Subtype/Type1/BaseFont/Helvetica-Bold>>",
-               stream(b"/Type/XObject/Subtype/Image/Width 16/Height 16/ColorSpace/DeviceGray/BitsPerComponent 8", picture)]
+               stream(b"/Type/XObject/Subtype/Image/Width 16/Height 16/ColorSpace/DeviceGray/BitsPerComponent 8",
+                      picture)]
     for i, content in enumerate(pages):
-        objects.append(b"<</Type/Page/Parent 2 0 R/MediaBox[0 0 %.2f %.2f]/Resources<</Font<</F 3 0 R>>/XObject<</I 4 0 R"
-                       b">>>>/Contents %d 0 R>>" % (width, height, 6 + 2 * i))
+        objects.append(b"<</Type/Page/Parent 2 0 R/MediaBox[0 0 %.2f %.2f]/Resources<</Font<</F 3 0 R>>"
+                       b"/XObject<</I 4 0 R>>>>/Contents %d 0 R>>" % (width, height, 6 + 2 * i))
         objects.append(stream(b"", content.encode()))
     text = b"%PDF-1.4\n"
     places = []

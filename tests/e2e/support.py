@@ -15,7 +15,11 @@ import raster
 from scheduler import Scheduler
 
 sys.path.insert(0, os.path.join(os.environ["KLOV_SOURCE"], "tests", "ppd"))
-import tables  # noqa: E402  (the readers of the model and option tables)
+import tables  # noqa: E402, F401  (the readers of the model and option tables)
+
+# Behind ours: both folders have a module for raster streams.
+sys.path.append(os.path.join(os.environ["KLOV_SOURCE"], "tests", "filter", "process"))
+import bounded  # noqa: E402
 
 PATIENCE = 60
 
@@ -32,11 +36,6 @@ def work_folder():
     folder = tempfile.mkdtemp(prefix="klov-documents-")
     unittest.addModuleCleanup(shutil.rmtree, folder)
     return folder
-
-
-def driver_of(model_name):
-    """The address part of a model in our driver file, as drv.awk makes it for names that occur once."""
-    return "".join(c for c in model_name.lower() if c.isalnum())[:8] + ".ppd"
 
 
 def dots(millimetres, dpi=203):
@@ -102,6 +101,8 @@ def wait_until(condition, what):
 
 
 class PrintTest(unittest.TestCase):
+    failureException = bounded.Failure
+
     def assert_same_dots(self, data, raster_path, width):
         """The paper shows the rows of the raster that CUPS made; blank ends of pages are left out.
 

@@ -110,7 +110,8 @@ class Documents(PrintTest):
         self.assertEqual(escpos.picture(commands, page.bytes_per_line)[:len(rows)], rows)
 
     def test_a_narrow_label_prints_at_the_left_and_moves_to_the_next_label(self):
-        commands, pages = self.prints(pdf(documents.title("Label", 150), documents.title("Label", 150), width=141, height=226),
+        title = documents.title("Label", 150)
+        commands, pages = self.prints(pdf(title, title, width=141, height=226),
                                       "PageSize=50.05x80mm.Fullbleed", queue=label, width=50)
         self.assertEqual([(page.width, page.height) for page in pages], [(400, support.dots(80))] * 2)
         self.assertEqual(escpos.others(commands), [escpos.NextLabel()] * 2)

@@ -12,7 +12,8 @@ import support
 from scheduler import CANCELED, STOPPED, free_port
 from support import Listener, PrintTest
 
-# With so many copies a page of half a megabyte is more than the buffers between the filter and a printer that takes nothing.
+# With so many copies a page of half a megabyte is more than the buffers between the filter and a printer that takes
+# nothing.
 COPIES = 14
 
 

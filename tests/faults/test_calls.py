@@ -6,7 +6,7 @@ import unittest
 
 import faults
 import harness
-import model
+import oracle
 from cases import JobTest
 from outcome import Outcome
 
@@ -48,7 +48,7 @@ class FailingCalls(JobTest):
         raise AssertionError("the job never made fewer than %d calls" % MOST_CALLS)
 
     def test_every_write_fails_once(self):
-        whole = model.run(self.work).masked().trace
+        whole = oracle.run(self.work).masked().trace
         for error in (errno.EINTR, errno.EAGAIN, errno.ENOSPC, errno.EPIPE, errno.EIO):
             def check(run, descriptor, error=error):
                 self.assertEqual(run.status, 1 if descriptor == STANDARD_OUTPUT else 0)

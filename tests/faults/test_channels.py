@@ -10,7 +10,7 @@ import unittest
 
 import faults
 import harness
-import model
+import oracle
 import private_tmp
 from cases import JobTest, inked, job, page, roll
 from session import SMALL_PIPE
@@ -59,7 +59,7 @@ class Channels(JobTest):
         return process.returncode, printed, messages[0]
 
     def test_a_slow_printer_gets_every_byte(self):
-        expected = model.run(long_job())
+        expected = oracle.run(long_job())
         status, printed, messages = self.run_into_pipe(long_job(), lambda _: None)
         self.assertEqual((status, printed, messages), (0, expected.stdout, expected.stderr))
 
@@ -67,7 +67,7 @@ class Channels(JobTest):
         status, printed, messages = self.run_into_pipe(long_job(), non_blocking)
         self.assertEqual(status, 1)
         self.assertTrue(messages.endswith(LOST), messages[-200:])
-        self.assertLess(len(printed), len(model.run(long_job()).stdout))
+        self.assertLess(len(printed), len(oracle.run(long_job()).stdout))
 
     def test_a_patient_file_that_is_non_blocking_gets_every_byte(self):
         path = harness.path("printed")
@@ -76,10 +76,10 @@ class Channels(JobTest):
             os.close(descriptor)
             process.stderr.read()
         with open(path, "rb") as file:
-            self.assertEqual((process.returncode, file.read()), (0, model.run(long_job()).stdout))
+            self.assertEqual((process.returncode, file.read()), (0, oracle.run(long_job()).stdout))
 
     def test_raster_that_breaks_off_with_an_error_is_no_success(self):
-        """A socket whose far end went away with words unread ends in an error; this one does so after the first page."""
+        """A socket whose far end went away with words unread ends in an error; this one does so after page one."""
         work = long_job()
         near, far = socket.socketpair()
         with near, far:
@@ -92,11 +92,11 @@ class Channels(JobTest):
         self.assertTrue(messages.endswith(UNREADABLE), messages[-200:])
         self.assertEqual(messages.count(b"PAGE: "), 1)
         self.assertGreater(len(printed), 72 * 600)
-        self.assertTrue(model.run(work).stdout.startswith(printed))
+        self.assertTrue(oracle.run(work).stdout.startswith(printed))
 
     def test_raster_that_comes_slowly_over_a_non_blocking_pipe(self):
         work = faults.small_job()
-        expected = model.run(work)
+        expected = oracle.run(work)
         reading, writing = os.pipe()
         non_blocking(reading)
         with harness.start(work, stdin=reading, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
@@ -110,7 +110,7 @@ class Channels(JobTest):
 
 
 class TracePath(JobTest):
-    """What somebody else put at the trace's path. The kernel's rules for sticky folders are what protects the victim."""
+    """What somebody else put at the trace's path. The kernel's rules for sticky folders protect the victim."""
 
     def setUp(self):
         if not harness.has_private_tmp() or os.geteuid() != 0:
@@ -126,7 +126,7 @@ class TracePath(JobTest):
 
     def assert_untraced(self):
         work = long_job()
-        expected = model.run(work)
+        expected = oracle.run(work)
         actual = harness.run(work, keep_trace_place=True)
         self.assertEqual((actual.status, actual.stdout, actual.stderr), (0, expected.stdout, expected.stderr))
 

@@ -6,7 +6,7 @@ import unittest
 
 import faults
 import harness
-import model
+import oracle
 from cases import JobTest, inked, job, page, roll
 from outcome import Outcome
 from session import Session
@@ -27,7 +27,7 @@ class Crashes(JobTest):
         run = faults.run(work, environment={"LD_PRELOAD": os.environ["KLOV_CRASHING_MEMORY"],
                                             "FAULT_SIZE": str(BLOCK), **more})
         trace = Outcome(b"", b"", harness.read_trace(), 0).masked().trace
-        return run, trace, model.run(work).masked().trace
+        return run, trace, oracle.run(work).masked().trace
 
     def test_in_compression(self):
         run, trace, whole = self.crash()
@@ -63,7 +63,7 @@ class CrashesFromOutside(JobTest):
                 running.process.send_signal(number)
                 actual = running.finish()
             self.assertEqual(actual.status, -number)
-            self.assertEqual(actual.trace, model.run(work).masked().trace[:len(actual.trace)])
+            self.assertEqual(actual.trace, oracle.run(work).masked().trace[:len(actual.trace)])
 
 
 if __name__ == "__main__":

@@ -7,7 +7,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 import faults
 import harness
-import model
+import oracle
 import raster
 from cases import JobTest, blank, inked, job, page, roll
 
@@ -37,7 +37,7 @@ class Crowd(JobTest):
             ends = list(pool.map(lambda process: process.communicate(timeout=faults.TIME_LIMIT), processes))
         for number, (work, process, (printed, messages)) in enumerate(zip(jobs, processes, ends)):
             with self.subTest(number=number):
-                expected = model.run(work)
+                expected = oracle.run(work)
                 self.assertEqual((process.returncode, printed, messages),
                                  (0, expected.stdout, expected.stderr))
 

@@ -8,7 +8,7 @@ from collections import Counter
 
 import faults
 import harness
-import model
+import oracle
 from cases import JobTest, blank, inked, job, page, roll
 
 MOST_REQUESTS = 2000
@@ -61,7 +61,7 @@ class FailingMemory(JobTest):
     def test_every_request_fails_once(self):
         work = faults.small_job()
         sound, _ = self.run_with(work, 0)
-        skipped = model.run(faults.small_job()).stdout
+        skipped = oracle.run(faults.small_job()).stdout
         self.assertEqual((sound.status, sound.stdout), (0, skipped))
         texts, libcups = [], Counter()
         for n in range(1, MOST_REQUESTS):
@@ -101,7 +101,7 @@ class FailingMemory(JobTest):
 
     def test_a_page_that_is_not_to_be_had_for_its_copies_is_skipped(self):
         pages = [page(*inked(9, 3)), page(*([b"\2" * 9] * 20), copies=2), page(*([b"\3" * 9] * 3))]
-        rest = model.run(job(pages[0], pages[2], ppd=roll())).stdout
+        rest = oracle.run(job(pages[0], pages[2], ppd=roll())).stdout
         run, _ = self.run_with(job(*pages, ppd=roll()), 1, size=9 * 20)
         self.assertEqual(run.status, 0)
         # The rows of the page stay in the stream and are taken for the next header: nothing sound follows.

@@ -6,7 +6,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 import faults
 import harness
-import model
+import oracle
 import raster
 from cases import JobTest, inked, job, page, roll
 
@@ -24,7 +24,7 @@ class Truncation(JobTest):
         def one(size):
             cut = job(ppd=work.ppd, options="CutMode=1")
             cut.raster = whole[:size]
-            expected = model.run(cut)
+            expected = oracle.run(cut)
             name = "cut-%d" % size
             run = faults.run_command(command, cut, harness.write_file(name + ".ras", cut.raster), name=name)
             return size, run, expected

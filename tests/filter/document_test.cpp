@@ -15,7 +15,7 @@ using Step = void (*)(printer_dev *);
 
 Seen run(Device &device, Step step)
 {
-    const Seen seen = observe([&] { step(&device.dev); });
+    Seen seen = observe([&] { step(&device.dev); });
     EXPECT_EQ(seen.err, "");
     return seen;
 }

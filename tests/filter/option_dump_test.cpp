@@ -1,12 +1,11 @@
-// The options record in the scheduler's log: 40 lines, literally.
+// The options record in the scheduler's log: its lines, literally.
 #include "filter/option_dump.h"
 
 #include "tests/printops/kit.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <sstream>
+#include <regex>
 
 using namespace kit;
 
@@ -101,20 +100,22 @@ const char *const lines[] = {"CUPS printing options",
                              "papersavemode        = 30",
                              "papersavebottom        = -2147483648"};
 
-TEST(OptionDump, FortyLinesInTheirOrder)
+// Log readers know these lines. An option that comes later may have its line between them.
+TEST(OptionDump, KnownLinesInTheirOrder)
 {
-    std::string log;
-    std::string trace;
-    for (const char *line : lines) {
-        log += std::string("DEBUG: ") + line + " \n";
-        trace += std::string("DEBUG: ") + line + "\n";
-    }
     const dev_options options = odd_options();
     const Seen seen = observe([&] { dump_options(&options); });
-    EXPECT_EQ(seen.err, log);
-    EXPECT_EQ(seen.trace, trace);
     EXPECT_EQ(seen.out, "");
-    EXPECT_EQ(std::count(seen.err.begin(), seen.err.end(), '\n'), 40);
+    EXPECT_TRUE(seen.err.starts_with("DEBUG: CUPS printing options \n"));
+    size_t at = 0;
+    for (const char *line : lines) {
+        const std::string logged = std::string("DEBUG: ") + line + " \n";
+        const size_t found = seen.err.find(logged, at);
+        ASSERT_NE(found, std::string::npos) << line << "\nis missing, or not in its place";
+        at = found + logged.size();
+    }
+    // The trace has the same lines without the blank at their ends.
+    EXPECT_EQ(std::regex_replace(seen.err, std::regex(" \n"), "\n"), seen.trace);
 }
 
 TEST(OptionDump, FlagsTheOtherWayRound)

@@ -144,7 +144,7 @@ TEST(Options, OnlyTheModelChangesAnythingWithoutOptions)
 TEST(Options, BuiltInDefaults)
 {
     dev_options options;
-    memset(&options, 0xEE, sizeof options);
+    memset(static_cast<void *>(&options), 0xEE, sizeof options);
     EXPECT_EQ(init_dev_mode(&options), &options);
     EXPECT_EQ(options.model, 0x1001U);
     EXPECT_EQ(options.name, nullptr);

@@ -25,7 +25,8 @@ def undefined_symbols(path):
 
 def segments(path):
     """(type, flags) of each segment, the flags as "R", "RW", "R E", "RWE" without the blanks."""
-    rows = re.findall(r"^\s+([A-Z_]+)\s+0x\S+ 0x\S+ 0x\S+ 0x\S+ 0x\S+ ([RWE ]{3}) 0x", readelf("--program-headers", path),
+    rows = re.findall(r"^\s+([A-Z_]+)\s+0x\S+ 0x\S+ 0x\S+ 0x\S+ 0x\S+ ([RWE ]{3}) 0x",
+                      readelf("--program-headers", path),
                       re.M)
     return [(kind, flags.replace(" ", "")) for kind, flags in rows]
 

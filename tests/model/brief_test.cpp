@@ -1,12 +1,12 @@
 // The lookups of catalogue rows, and the listing of a manufacturer's models.
 #include <gtest/gtest.h>
-#include <klov/model.h>
 
 #include <cstring>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/model/delivered.h"
 #include "tests/model/memory.h"
 
 namespace {
@@ -56,13 +56,13 @@ TEST(FindById, FindsTheFirstRowOfTheFamily)
         }
         EXPECT_EQ(klov_printer_model_brief_find_by_id(row.id), first);
     }
-    EXPECT_EQ(klov_printer_model_brief_find_by_id(0x1007), nullptr);
+    EXPECT_EQ(klov_printer_model_brief_find_by_id(no_family), nullptr);
 }
 
 TEST(FindById2, LeavesTheValuesOfTheFamilysLastRow)
 {
     for (const model_brief &row : model_brief_table) {
-        const model_brief *last = model_brief_table + MODEL_BRIEF_ROWS - 1;
+        const model_brief *last = model_brief_table + catalogue_rows - 1;
         while (last->id != row.id) {
             last--;
         }
@@ -98,7 +98,7 @@ TEST(FindById2, LeavesTheOtherFieldsAlone)
 TEST(FindById2, SucceedsWithoutARowAndTouchesNothing)
 {
     model_brief out = {1, "m", "n", "i", "d", 2, 3, 4, 5, 6.0F};
-    EXPECT_EQ(klov_printer_model_brief_find_by_id2(0x1007, &out), KLOV_OK);
+    EXPECT_EQ(klov_printer_model_brief_find_by_id2(no_family, &out), KLOV_OK);
     EXPECT_EQ(out.id, 1U);
     EXPECT_STREQ(out.model_name, "n");
     EXPECT_STREQ(out.description, "d");
@@ -108,7 +108,7 @@ TEST(FindById2, SucceedsWithoutARowAndTouchesNothing)
 TEST(FindById2, RefusesANullRecord)
 {
     EXPECT_EQ(klov_printer_model_brief_find_by_id2(0x1001, nullptr), KLOV_E_PARAMETER);
-    EXPECT_EQ(klov_printer_model_brief_find_by_id2(0x1007, nullptr), KLOV_E_PARAMETER);
+    EXPECT_EQ(klov_printer_model_brief_find_by_id2(no_family, nullptr), KLOV_E_PARAMETER);
 }
 
 TEST(FindByName, FindsTheFirstRowOfEveryName)
@@ -146,7 +146,7 @@ TEST(FindByName, IsCaseSensitive)
 TEST(FindByName, UnknownFindsTheClosingRow)
 {
     const model_brief *row = klov_printer_model_brief_find_by_name("unknown");
-    ASSERT_EQ(row, &model_brief_table[MODEL_BRIEF_ROWS - 1]);
+    ASSERT_EQ(row, &model_brief_table[catalogue_rows - 1]);
     EXPECT_EQ(row->id, 0xFFFFFFFFU);
     EXPECT_EQ(row->width, 0);
 }
@@ -170,7 +170,7 @@ TEST(GetInfoById, AbsentIdGivesUnknownModelAndStoresNothing)
     const char *name = "before";
     int32_t type = unset;
     int32_t width = unset;
-    EXPECT_EQ(klov_printer_model_get_info_by_id(0x1007, &name, &type, &width), KLOV_E_UNKNOWN_MODEL);
+    EXPECT_EQ(klov_printer_model_get_info_by_id(no_family, &name, &type, &width), KLOV_E_UNKNOWN_MODEL);
     EXPECT_STREQ(name, "before");
     EXPECT_EQ(type, unset);
     EXPECT_EQ(width, unset);
@@ -244,16 +244,32 @@ TEST(Listing, BufferTooSmallForTheFirstNameGetsOnlyTheNulAndTheFullTotal)
 
 TEST(Listing, ANameThatDoesNotFitIsSkippedAndALaterShorterOneIsNot)
 {
-    // Brelvik's BVK-210, BVK-220 and BVK-160 take eight bytes each; the later BVK-C1 takes seven. A name also needs
-    // one byte more than itself, its tab and the NUL.
-    char buffer[64];
+    // Brelvik's BVK-210 has a longer name than a later model, BVK-C1. A name also needs one byte more than itself, its
+    // tab and the NUL.
+    const std::string skipped = "BVK-210";
+    std::string before;
+    std::string later;
+    bool behind = false;
+    for (const model_brief &row : model_brief_table) {
+        const std::string name = row.model_name;
+        if (std::string(row.manufacturer) != "Brelvik") {
+            continue;
+        }
+        behind = behind || name == skipped;
+        if (!behind) {
+            before += name + "\t";
+        } else if (later.empty() && name.size() < skipped.size()) {
+            later = name;
+        }
+    }
+    ASSERT_NE(later, "");
+    char buffer[256];
     int32_t total = unset;
-    ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, 17, &total), KLOV_OK);
-    EXPECT_STREQ(buffer, "BVK-210\tBVK-C1\t");
-    ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, 16, &total), KLOV_OK);
-    EXPECT_STREQ(buffer, "BVK-210\t");
-    ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, 9, &total), KLOV_OK);
-    EXPECT_STREQ(buffer, "BVK-C1\t");
+    const auto short_by_one = static_cast<int32_t>(before.size() + skipped.size() + 2);
+    ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, short_by_one, &total), KLOV_OK);
+    EXPECT_EQ(buffer, before + later + "\t");
+    ASSERT_EQ(klov_printer_model_get_manufacture_modelnames("Brelvik", buffer, short_by_one + 1, &total), KLOV_OK);
+    EXPECT_EQ(buffer, before + skipped + "\t");
 }
 
 TEST(Listing, TheEmptyManufacturerListsTheUnbrandedModels)

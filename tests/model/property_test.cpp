@@ -6,6 +6,7 @@
 #include <string>
 
 #include "model/instance.h"
+#include "tests/model/delivered.h"
 #include "tests/model/memory.h"
 
 namespace {
@@ -294,9 +295,9 @@ TEST_F(IdProperty, PassesTheCachesFailureOn)
 {
     int32_t type = unset;
     int32_t length = unset;
-    EXPECT_EQ(klov_printer_model_id_get_property(0x1007, MODEL_PROP_ID, &type, nullptr, 0, &length),
+    EXPECT_EQ(klov_printer_model_id_get_property(no_family, MODEL_PROP_ID, &type, nullptr, 0, &length),
               KLOV_E_UNKNOWN_MODEL);
-    EXPECT_EQ(klov_printer_model_id_get_property_wchar(0x1007, MODEL_PROP_ID, &type, nullptr, 0, &length),
+    EXPECT_EQ(klov_printer_model_id_get_property_wchar(no_family, MODEL_PROP_ID, &type, nullptr, 0, &length),
               KLOV_E_UNKNOWN_MODEL);
     {
         const calloc_failure failure(1);

@@ -45,11 +45,12 @@ def find(folder, name):
 
 
 class BinaryInterface(unittest.TestCase):
-    def test_the_library_exports_the_listed_names_and_no_others(self):
+    def test_the_library_exports_every_listed_name(self):
+        """Programs in the field link to them. New names stand in the headers, and here from a release on."""
         with open(os.path.join(SOURCE, "packaging", "libklov.symbols"), encoding="ascii") as text:
             listed = [line.strip() for line in text if not line.startswith("#")]
         exported = [line.split()[-1].split("@")[0] for line in run("nm", "-D", "--defined-only", LIBRARY).splitlines()]
-        self.assertEqual(sorted(exported), listed)
+        self.assertEqual(set(listed) - set(exported), set(), "these names of packaging/libklov.symbols are gone")
         self.assertEqual(listed, sorted(set(listed)))
         self.assertGreater(len(listed), 150)
 
@@ -72,7 +73,8 @@ class Consumers(unittest.TestCase):
 
     def test_a_program_finds_the_library_by_pkg_config(self):
         # The file names the final prefix; here that is the stage.
-        flags = run("pkg-config", "--define-variable=prefix=" + stage, "--cflags", "--libs", "klov", env=self.environment).split()
+        flags = run("pkg-config", "--define-variable=prefix=" + stage, "--cflags", "--libs", "klov",
+                    env=self.environment).split()
         program = os.path.join(work, "consumer")
         run(CC, "-std=c11", "-Wall", "-Wextra", "-pedantic", "-Werror", os.path.join(CONSUMER, "consumer.c"),
             "-o", program, *flags)

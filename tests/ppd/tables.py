@@ -16,7 +16,7 @@ def rows(path):
 
 
 def models():
-    keys = "id manufacturer name identity description type width flags_a flags_b unit_factor".split()
+    keys = "id manufacturer name identity description type width flags_a flags_b unit_factor class file".split()
     for row in rows("model/models.txt"):
         model = dict(zip(keys, row, strict=True))
         model["type"] = int(model["type"], 0)
@@ -28,42 +28,10 @@ def drivable_models():
     return [model for model in models() if model["type"] & 1]
 
 
-def printer_class(model):
-    description = model["description"]
-    if description.endswith("Mobile Printer"):
-        return "mobile"
-    if re.search(r"(Label|Label/Receipt) Printer$|Label Control Board$", description):
-        return "label"
-    return "receipt"
-
-
-class Option:
-    def __init__(self, group, keyword, defaults, text, help_text):
-        self.group, self.keyword, self.text, self.help = group, keyword, text, help_text
-        self.defaults = defaults
-        self.choices = {}
-
-
-def options():
-    """The options in the order of the table, by keyword."""
-    found = {}
-    group = None
-    for row in rows("ppd/options.txt"):
-        if row[0] == "group":
-            group = row[2]
-        elif row[0] == "option":
-            defaults = dict(pair.split("=") for pair in row[2].split())
-            option = found[row[1]] = Option(group, row[1], defaults, row[3], row[4])
-        elif row[0] == "choice":
-            for value in row[1].split():
-                option.choices[value] = row[2].replace("%d", value)
-        elif row[0] == "built":
-            found[row[1]] = Option(None, row[1], row[2], row[3], row[4])
-    return found
-
-
-def nevers():
-    return [(row[1].split(), row[2].split()) for row in rows("ppd/options.txt") if row[0] == "never"]
+def keywords():
+    """The options that the driver file offers: those of options.drv, and two that other parts of it write."""
+    with open(os.path.join(SOURCE, "ppd", "options.drv"), encoding="utf-8") as options:
+        return {"PageSize", "Resolution"} | set(re.findall(r'^ *Option "(\w+)/', options.read(), re.M))
 
 
 class Ppd:

@@ -77,10 +77,10 @@ class Conformance(unittest.TestCase):
         filters = os.path.join(work, "filters")
         result = subprocess.run(["cupstestppd", "-I", "filters"] + [ppd.path for ppd in ppds],
                                 capture_output=True, text=True)
-        self.assertEqual(result.returncode, 0, result.stdout)
+        complaints = [line for line in result.stdout.splitlines() if "WARN" in line or "FAIL" in line]
+        self.assertEqual(complaints[:5], [])
+        self.assertEqual(result.returncode, 0)
         self.assertEqual(result.stdout.count(": PASS"), len(ppds))
-        self.assertNotIn("WARN", result.stdout)
-        self.assertNotIn("FAIL", result.stdout)
         self.assertFalse(os.path.exists(filters))
 
 
@@ -122,7 +122,9 @@ class Sizes(unittest.TestCase):
         """CUPS would turn a custom label of 50 x 30 if the list held 30 x 50."""
         for ppd, model in self.each():
             for width, length in ppd.numbers("PaperDimension").values():
-                self.assertTrue(length == width or length * DPI / 72 > model["width"] + 8)
+                self.assertTrue(length == width or length * DPI / 72 > model["width"] + 8,
+                                "%s: %s x %s points; give the width its own row in ppd/sizes.txt" % (
+                                    ppd.path, width, length))
 
     def test_custom_sizes_reach_the_length_of_a_roll(self):
         for ppd, _ in self.each():
@@ -133,70 +135,86 @@ class Sizes(unittest.TestCase):
         for ppd, model in self.each():
             sizes = ppd.numbers("PaperDimension").values()
             narrow = [width for width, _ in sizes if int(width * DPI / 72) < model["width"]]
-            self.assertEqual(bool(narrow), tables.printer_class(model) == "label", ppd.path)
+            self.assertEqual(bool(narrow), model["class"] == "label", ppd.path)
             self.assertGreaterEqual(len([width for width, length in sizes if length > 700]), 4)
 
 
 class Options(unittest.TestCase):
-    def test_each_class_has_its_options_choices_and_defaults(self):
-        classes = {model["identity"]: tables.printer_class(model) for model in tables.drivable_models()}
-        self.assertEqual(set(classes.values()), {"receipt", "label", "mobile"})
+    # What the classes of printers do not share.
+    DEFAULTS = {"receipt": {"PaperType": "0", "PostPrintAction": "2", "FormfeedLength": "10", "CutMode": "1"},
+                "label": {"PaperType": "1", "PostPrintAction": "0", "FormfeedLength": "0", "CutMode": "1"},
+                "mobile": {"PaperType": "0", "PostPrintAction": "1", "FormfeedLength": "10", "CutMode": None}}
+
+    def of_class(self, kind):
+        names = {model["identity"] for model in tables.drivable_models() if model["class"] == kind}
+        return [ppd for ppd in ppds if ppd.value("NickName") in names]
+
+    def test_each_class_has_its_defaults(self):
+        for kind, defaults in self.DEFAULTS.items():
+            self.assertTrue(self.of_class(kind), kind)
+            for ppd in self.of_class(kind):
+                for keyword, value in defaults.items():
+                    self.assertEqual(ppd.value("Default" + keyword), value, "%s %s" % (ppd.path, keyword))
+
+    def test_every_option_has_a_default_that_is_one_of_its_choices(self):
         for ppd in ppds:
-            kind = classes[ppd.value("NickName")]
-            for option in tables.options().values():
-                if not option.choices:
-                    continue
-                choices = ppd.choices(option.keyword)
-                if kind not in option.defaults:
-                    self.assertEqual(choices, {}, option.keyword)
-                    continue
-                self.assertEqual(ppd.value("Default" + option.keyword), option.defaults[kind])
-                self.assertIn(option.defaults[kind], choices)
-                missing = set(option.choices) - set(choices)
-                self.assertEqual(missing, {"2", "3"} if (kind, option.keyword) == ("mobile", "PostPrintAction") else set())
+            offered = [line[1].lstrip("*") for line in ppd.lines if line[0] == "OpenUI"]
+            self.assertEqual(set(offered) - tables.keywords() - {"PageRegion"}, set())
+            for keyword in offered:
+                self.assertIn(ppd.value("Default" + keyword), ppd.choices(keyword), "%s %s" % (ppd.path, keyword))
+
+    def test_receipt_and_label_printers_have_every_option_with_the_same_choices(self):
+        first = self.of_class("receipt")[0]
+        for ppd in self.of_class("receipt") + self.of_class("label"):
+            for keyword in tables.keywords() - {"PageSize"}:
+                self.assertTrue(ppd.choices(keyword), "%s lacks the option %s of ppd/options.drv" % (ppd.path, keyword))
+                self.assertEqual(ppd.choices(keyword), first.choices(keyword))
 
     def test_a_choice_is_a_number_that_the_filter_reads(self):
-        for option in tables.options().values():
-            for value in option.choices:
-                self.assertRegex(value, r"^\d+$")
+        for ppd in ppds:
+            for keyword in tables.keywords() - {"PageSize", "Resolution"}:
+                for value in ppd.choices(keyword):
+                    self.assertRegex(value, r"^\d+$", keyword)
 
     def test_a_mobile_printer_has_neither_cutter_nor_drawer(self):
-        mobile = [model["identity"] for model in tables.drivable_models() if tables.printer_class(model) == "mobile"]
-        for ppd in ppds:
-            if ppd.value("NickName") in mobile:
-                for keyword in ("CutMode", "CutPaperLength", "Drawer1", "Drawer2"):
-                    self.assertEqual(ppd.choices(keyword), {})
-                self.assertNotIn("2", ppd.choices("PostPrintAction"))
+        lacking = {"CutMode", "CutPaperLength", "Drawer1", "Drawer2"}
+        lacking |= {"ExternalBeep" + word for word in ("Control", "Repeat", "Duration", "Interval")}
+        for ppd in self.of_class("mobile"):
+            for keyword in tables.keywords():
+                self.assertEqual(bool(ppd.choices(keyword)), keyword not in lacking, keyword)
+            self.assertEqual(set(ppd.choices("PostPrintAction")), {"0", "1"})
 
     def test_contradicting_choices_exclude_each_other_in_both_directions(self):
-        receipt = next(ppd for ppd in ppds if ppd.value("ShortNickName") == "QX-100")
-        written = {line[3].strip() for line in receipt.lines if line[0] == "UIConstraints"}
-        expected = set()
-        for left, right in tables.nevers():
-            for a in left[1:]:
-                for b in right[1:]:
-                    expected.add("*%s %s *%s %s" % (left[0], a, right[0], b))
-                    expected.add("*%s %s *%s %s" % (right[0], b, left[0], a))
-        self.assertEqual(written, expected)
+        for ppd in ppds:
+            written = {tuple(sides) for sides in self.constraints(ppd)}
+            self.assertTrue(written)
+            self.assertEqual(written, {(right, left) for left, right in written})
 
-    def test_the_defaults_contradict_nothing(self):
-        for left, right in tables.nevers():
-            for kind in ("receipt", "label", "mobile"):
-                a = tables.options()[left[0]].defaults.get(kind)
-                b = tables.options()[right[0]].defaults.get(kind)
-                self.assertFalse(a in left[1:] and b in right[1:], (kind, left, right))
+    def constraints(self, ppd):
+        for line in ppd.lines:
+            if line[0] == "UIConstraints":
+                words = line[3].replace("*", "").split()
+                yield (words[0], words[1]), (words[2], words[3])
+
+    def test_contradictions_name_choices_that_are_there_and_no_defaults(self):
+        for ppd in ppds:
+            for left, right in self.constraints(ppd):
+                for keyword, value in (left, right):
+                    self.assertIn(value, ppd.choices(keyword), "%s %s" % (ppd.path, keyword))
+                self.assertFalse(all(ppd.value("Default" + keyword) == value for keyword, value in (left, right)))
 
     def test_the_driver_offers_the_keywords_that_the_filter_reads(self):
         """The filter's table of keywords, taken from its source, is the table of the driver."""
         with open(os.path.join(tables.SOURCE, "filter", "options.cpp"), encoding="utf-8") as source:
-            keywords = set(re.findall(r'\.keyword = "(\w+)"', source.read()))
-        self.assertEqual(keywords, set(tables.options()))
+            read = set(re.findall(r'\.keyword = "(\w+)"', source.read()))
+        self.assertEqual(read - tables.keywords(), set(), "add these options to ppd/options.drv")
+        self.assertEqual(tables.keywords() - read, set(), "add these options to option_table in filter/options.cpp")
 
     def test_the_table_in_the_documentation_is_the_current_one(self):
         with open(os.path.join(tables.SOURCE, "docs", "printers.md"), encoding="utf-8") as page:
             written = page.read().split("<!-- options: begin")[1].split("-->\n", 1)[1].split("<!-- options: end")[0]
         folder = os.path.join(tables.SOURCE, "ppd")
-        current = subprocess.run(["awk", "-f", "options-table.awk", "options.txt"], cwd=folder, capture_output=True,
+        current = subprocess.run(["awk", "-f", "options-table.awk", "options.drv"], cwd=folder, capture_output=True,
                                  text=True, check=True).stdout
         self.assertEqual(written, current, "run ppd/update-docs.sh")
 
@@ -210,12 +228,13 @@ class Chinese(unittest.TestCase):
             for keyword, option, text, _ in ppd.lines:
                 if not keyword.startswith("zh_CN.") or keyword == "zh_CN.Translation" and option in self.NAMES:
                     continue
-                self.assertRegex(text, "[\u4e00-\u9fff]", "%s %s %s" % (ppd.path, keyword, option))
+                self.assertRegex(text, "[\u4e00-\u9fff]", "ppd/klov-zh_CN.po has no Chinese text for this: %s %s" % (
+                    keyword, option))
 
     def test_every_option_choice_and_group_of_a_ppd_has_a_translation_line(self):
         for ppd in ppds:
             translated = {(keyword[6:], option) for keyword, option, _, _ in ppd.lines if keyword.startswith("zh_CN.")}
-            for keyword in ["PageSize", "Resolution"] + [option for option in tables.options()]:
+            for keyword in tables.keywords():
                 for choice in ppd.choices(keyword):
                     self.assertIn((keyword, choice), translated, ppd.path)
                 if ppd.choices(keyword):
@@ -232,7 +251,7 @@ class Chinese(unittest.TestCase):
         with open(os.path.join(tables.SOURCE, "ppd", "klov-zh_CN.po"), encoding="utf-8") as po:
             entries = re.findall(r'^msgid "(.+)"$', po.read(), re.M)
         self.assertGreater(len(entries), 50)
-        self.assertEqual([entry for entry in entries if entry not in used], [])
+        self.assertEqual([entry for entry in entries if entry not in used], [], "nothing uses these texts any more")
 
 
 if __name__ == "__main__":

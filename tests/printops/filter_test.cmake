@@ -12,7 +12,7 @@ function(klov_filter_test name)
   # CUPS marks PPDs and the first page header as things of the past.
   target_compile_options(${name} PRIVATE -Wno-deprecated-declarations)
   target_link_libraries(${name} PRIVATE printing_kit filter_objects klov_objects ${CUPS_LIBRARIES}
-    GTest::gtest GTest::gtest_main)
+    bounded_output GTest::gtest GTest::gtest_main)
   target_link_options(${name} PRIVATE -Wl,--wrap=write)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
 endfunction()

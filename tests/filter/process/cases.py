@@ -3,8 +3,10 @@
 import re
 import unittest
 
+import bounded
 import harness
-import model
+import oracle
+import oracle_commands
 import raster
 from outcome import differences
 from ppd import Option, Ppd, Size
@@ -19,8 +21,8 @@ def hexed(text):
 
 def job(*pages, options="", ppd=None, version=3, order="<", **more):
     """A job of (header, rows) pages on a printer of the catalogue's first brand."""
-    return model.Job(raster=raster.stream(pages, version, order), options=options.encode(),
-                     ppd=Ppd() if ppd is None else ppd, ppd_path=harness.path("test.ppd").encode(), **more)
+    return oracle.Job(raster=raster.stream(pages, version, order), options=options.encode(),
+                      ppd=Ppd() if ppd is None else ppd, ppd_path=harness.path("test.ppd").encode(), **more)
 
 
 def page(*rows, copies=1, **fields):
@@ -48,15 +50,16 @@ def choice(keyword, default, *others):
 
 class JobTest(unittest.TestCase):
     maxDiff = None
+    failureException = bounded.Failure
 
     @classmethod
     def setUpClass(cls):
         harness.prepare()
 
     def run_job(self, work, **how):
-        """Runs a job, holds every channel to the model, and gives the outcome."""
+        """Runs a job, holds every channel to the oracle, and gives the outcome."""
         actual = harness.run(work, **how)
-        self.assertEqual(differences(model.run(work).masked(), actual), "")
+        self.assertEqual(differences(oracle.run(work).masked(), actual), "")
         return actual
 
     def assert_prints(self, work, *pieces):
@@ -69,7 +72,7 @@ class JobTest(unittest.TestCase):
 
 def raster_command(width, rows, mode=0):
     """The head of a raster command of literal bytes `rows` or of that many rows."""
-    return bytes((0x1D, 0x76, 0x30, mode, width & 0xFF, width >> 8, rows & 0xFF, rows >> 8))
+    return oracle_commands.raster_header(1, mode, width, rows)[1]
 
 
 def white(rows):

@@ -1,12 +1,13 @@
 """The printer models, read from the same data file that the program's own table is made from."""
 
+import re
 from dataclasses import dataclass
 from functools import lru_cache
 from pathlib import Path
 
 DATA_FILE = Path(__file__).resolve().parents[3] / "model" / "models.txt"
 
-FINE_MOTION = {0x1001, 0x1002, 0x1003, 0x1004, 0x1005, 0x1006, 0x1955, 0x1956}
+FAMILIES = DATA_FILE.with_name("family.cpp")
 
 
 @dataclass(frozen=True)
@@ -22,11 +23,20 @@ class Model:
 
     @property
     def motion_v(self):
-        return 0.0625 if self.id in FINE_MOTION else 0.125
+        return family_motion().get(self.id, 0.125)
 
 
 # The row that closes the table can be found like any other.
 SENTINEL = Model(0xFFFFFFFF, "unknown", 0xFFFFFFFF, 0)
+
+
+@lru_cache(maxsize=None)
+def family_motion():
+    """The vertical motion unit of each family that has properties, out of their table."""
+    text = FAMILIES.read_text(encoding="ascii")
+    rows = re.findall(r"^ *\{(0x[0-9A-F]+), \{.*?\}, .*?, (0\.\d+)F, \d\},$", text, re.M)
+    assert len(rows) >= 28, "the rows of %s are not read as they stand" % FAMILIES
+    return {int(family, 0): float(motion) for family, motion in rows}
 
 
 @lru_cache(maxsize=None)

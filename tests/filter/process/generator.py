@@ -3,10 +3,10 @@
 import random
 
 import catalogue
-import model
-import model_options
+import oracle
+import oracle_options
 import raster
-from model_channels import Channels, Fatal, Unsuited
+from oracle_channels import Channels, Fatal, Unsuited
 from numbers_c import dots
 from ppd import Option, Ppd, Size
 
@@ -48,7 +48,7 @@ def _any_case(rng, text):
 
 def _job_options(rng, sizes):
     words = []
-    for keyword in model_options.KEYWORDS:
+    for keyword in oracle_options.KEYWORDS:
         if rng.random() < 0.25:
             if keyword == "PageSize":
                 names = [size.name for size in sizes] or ["72x200"]
@@ -69,7 +69,7 @@ def _ppd(rng):
     if rng.random() < 0.5:  # models that print are more to the point
         chosen = rng.choice([m for m in catalogue.models() if m.dialect & 1])
     options = []
-    for keyword in model_options.KEYWORDS:
+    for keyword in oracle_options.KEYWORDS:
         if keyword == "PageSize" or rng.random() < 0.3:
             continue
         values = [_value(rng, keyword).strip() for _ in range(rng.randint(1, 4))]
@@ -124,7 +124,7 @@ def _rows(rng, width, height):
 
 
 def _page(rng, options):
-    strip = model_options.strip_buffer_size(options) if options else 1008
+    strip = oracle_options.strip_buffer_size(options) if options else 1008
     width = rng.choice((1, 2, 3, 48, 72, 73, rng.randint(1, 300),
                         max(1, min(300, options.printer_width if options else 72))))
     if width > strip and rng.random() < 0.9:
@@ -163,10 +163,10 @@ def _damaged(rng, data):
 def _quick(job):
     """The job's options when running it is no matter of gigabytes; None when it ends before there are any."""
     try:
-        options = model_options.get_options(Channels(), job)
+        options = oracle_options.get_options(Channels(), job)
     except Fatal:
         return None
-    if model_options.strip_buffer_size(options) > (1 << 24):
+    if oracle_options.strip_buffer_size(options) > (1 << 24):
         raise Unsuited()
     if max(dots(options.cutdistance, options.dot_unit), dots(options.feeddistance, options.dot_unit)) > 20000:
         raise Unsuited()
@@ -179,7 +179,7 @@ def _draw(rng, ppd_path):
     ppd = _ppd(rng)
     if rng.random() < 0.01:
         ppd.short_nick_name = rng.choice(("qx-100", "Nobody", "", "QX-100 "))
-    job = model.Job(b"", _job_options(rng, ppd.sizes), ppd, ppd_path)
+    job = oracle.Job(b"", _job_options(rng, ppd.sizes), ppd, ppd_path)
     if rng.random() < 0.01:
         job.ppd = None
     if rng.random() < 0.01:
@@ -188,7 +188,7 @@ def _draw(rng, ppd_path):
         job.arguments = 7
         job.file_opens = rng.random() < 0.97
     options = _quick(job)
-    if options and model_options.strip_buffer_size(options) == 0 and rng.random() < 0.8:
+    if options and oracle_options.strip_buffer_size(options) == 0 and rng.random() < 0.8:
         raise Unsuited()  # a page that does not fit ends the job at once; a few of them are enough
     version, order = rng.choice((1, 2, 2, 3, 3)), rng.choice(raster.ORDERS)
     pages = [_page(rng, options) for _ in range(rng.choice((0, 1, 1, 1, 2, 3)))]
@@ -205,7 +205,7 @@ def make(seed, ppd_path):
     while True:
         try:
             job, note = _draw(rng, ppd_path)
-            outcome = model.run(job, limit=LIMIT)
+            outcome = oracle.run(job, limit=LIMIT)
             break
         except Unsuited:
             continue

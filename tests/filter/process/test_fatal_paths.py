@@ -5,11 +5,12 @@ from pathlib import Path
 
 import catalogue
 import harness
+import oracle
 from cases import JobTest, blank, hexed, inked, job, page, raster_command, roll, white
 from ppd import Ppd
 
 DOT = b"\x80"
-STARTED = b"INFO: rastertoklov filter started \nDEBUG: rastertoklov compiled with KLOV library version 0.1.0\n"
+STARTED = b"INFO: rastertoklov filter started \n" + oracle.COMPILED
 DRAWER = hexed("1b 70 00 50 50")
 
 

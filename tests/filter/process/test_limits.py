@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 import harness
-import model
+import oracle
 from cases import JobTest, hexed, inked, job, page, roll
 from session import Session
 
@@ -87,7 +87,7 @@ class LongTrace(JobTest):
         work = job(page(*inked(72, 100)), page(*inked(72, 100)), ppd=roll())
         with Session(work) as session:
             session.send(work.raster[:len(work.raster) // 2])
-            session.read_printed(len(model.run(work).stdout) // 3)
+            session.read_printed(len(oracle.run(work).stdout) // 3)
             other = harness.run(job(page(*inked(2, 3))), keep_trace_place=True)
             session.send(work.raster[len(work.raster) // 2:])
             actual = session.finish()
@@ -109,7 +109,7 @@ class NarrowSystem(JobTest):
 
     def test_a_limit_on_files_costs_the_trace_and_not_the_job(self):
         work = job(page(*inked(72, 300)), options="CutMode=1")
-        expected = model.run(work)
+        expected = oracle.run(work)
         for size in (0, 1, 1000, 20000):
             done = self.run_limited(work, resource.RLIMIT_FSIZE, size)
             self.assertEqual((done.returncode, done.stdout, done.stderr), (0, expected.stdout, expected.stderr))
@@ -126,7 +126,7 @@ class NarrowSystem(JobTest):
     def test_a_stack_smaller_than_the_options(self):
         work = job(page(*inked(2, 3)), ppd=roll())
         work.options = b"note=" + b"x" * 100000 + b" CutMode=1"
-        expected = model.run(work)
+        expected = oracle.run(work)
         for size in (192 << 10, 256 << 10, 512 << 10):
             done = self.run_limited(work, resource.RLIMIT_STACK, size)
             self.assertEqual((done.returncode, done.stdout, done.stderr), (0, expected.stdout, expected.stderr), size)

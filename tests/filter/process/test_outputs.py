@@ -7,7 +7,7 @@ import time
 import unittest
 
 import harness
-import model
+import oracle
 import private_tmp
 from cases import JobTest, blank, inked, job, page
 from outcome import Outcome, differences
@@ -75,10 +75,10 @@ class PrinterBytes(JobTest):
 
 class Messages(JobTest):
     def assert_same_print(self, work, **how):
-        expected = model.run(work)
+        expected = oracle.run(work)
         actual = harness.run(work, **how)
-        self.assertEqual((actual.status, actual.stdout), (0, expected.stdout))
-        self.assertEqual(actual.trace, expected.masked().trace)
+        self.assertEqual(differences(Outcome(expected.stdout, b"", expected.masked().trace, 0),
+                                     Outcome(actual.stdout, b"", actual.trace, actual.status)), "")
 
     def test_a_full_log_changes_nothing(self):
         with open("/dev/full", "wb") as full:
@@ -94,7 +94,7 @@ class Messages(JobTest):
 
     def test_standard_error_is_closed(self):
         work = small_job()
-        expected = model.run(work).masked()
+        expected = oracle.run(work).masked()
         source = open(harness.write_file("closed.ras", work.raster), "rb")
         with source, harness.start(work, closed=("stderr",), stdin=source, stdout=subprocess.PIPE) as process:
             printed = process.stdout.read()
@@ -105,11 +105,12 @@ class Messages(JobTest):
     def test_standard_input_is_closed_and_a_file_is_named(self):
         work = small_job()
         work.arguments = 7
-        expected = model.run(work).masked()
+        expected = oracle.run(work).masked()
         path = harness.write_file("named.ras", work.raster)
         with harness.start(work, path, closed=("stdin",), stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             printed, messages = process.communicate(timeout=harness.TIMEOUT)
-        self.assertEqual((process.returncode, printed, messages), (0, expected.stdout, expected.stderr))
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(printed, messages, None, process.returncode)), "")
 
     def test_standard_input_is_closed_and_no_file_is_named(self):
         work = small_job()
@@ -122,7 +123,7 @@ class Messages(JobTest):
 class TraceFirst(JobTest):
     def test_what_the_printer_has_got_is_already_in_the_trace(self):
         work = job(*[page(*inked(72, 100))] * 2, options="CutMode=1")
-        complete = model.run(work).stdout
+        complete = oracle.run(work).stdout
         self.assertLess(len(work.raster), 65536, "the whole stream must fit the pipe")
         with Session(work) as session:
             session.send(work.raster)
@@ -152,7 +153,7 @@ class KilledWhileWaiting(JobTest):
         for ending, rows in strips.items():
             for strips_sent in (1, 2, 3):  # more would fill the small pipe to the printer
                 work = job(page(*rows * 10), options="PaperSaveBottom=0")
-                complete = model.run(work).masked().trace
+                complete = oracle.run(work).masked().trace
                 head = len(work.raster) - 72 * len(rows) * 10
                 with Session(work) as session:
                     session.send(work.raster[:head + 72 * len(rows) * strips_sent])
@@ -166,7 +167,7 @@ class KilledWhileWaiting(JobTest):
 
     def test_for_a_slow_printer(self):
         work = job(page(*inked(72, 600)))
-        complete = model.run(work).masked()
+        complete = oracle.run(work).masked()
         with Session(work) as session:
             session.send(work.raster)
             session.read_messages_until(b"process_page start")
@@ -191,7 +192,7 @@ class NoTrace(JobTest):
 
     def assert_untraced(self):
         for work in (small_job(), job(options="BitmapCompression=1")):
-            expected = model.run(work)
+            expected = oracle.run(work)
             actual = harness.run(work, keep_trace_place=True)
             expected.trace = actual.trace
             self.assertEqual(differences(expected, actual), "")
@@ -221,7 +222,7 @@ class NoTrace(JobTest):
         if not harness.has_private_tmp():
             self.skipTest("needs a /tmp of its own")
         work = small_job()
-        expected = model.run(work)
+        expected = oracle.run(work)
         harness.place_ppd(work)
         harness.remove_trace()
         source = harness.write_file("stdin.ras", work.raster)
@@ -235,13 +236,14 @@ class NoTrace(JobTest):
             self.assertIsNone(harness.read_trace())
         finally:
             private_tmp.unmount("/tmp", lazily=True)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, expected.stdout, expected.stderr))
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(done.stdout, done.stderr, None, done.returncode)), "")
 
     def test_a_fifo_that_somebody_reads_gets_the_whole_trace(self):
         harness.remove_trace()
         os.mkfifo(harness.TRACE)
         work = small_job()
-        expected = model.run(work).masked()
+        expected = oracle.run(work).masked()
         reader = subprocess.Popen(["cat", harness.TRACE], stdout=subprocess.PIPE)
         # A writer of our own tells that the reader has opened its end, and keeps the FIFO alive till the filter runs.
         keeper = os.open(harness.TRACE, os.O_WRONLY)
@@ -269,8 +271,9 @@ class Hold(JobTest):
             finally:
                 os.unlink(harness.HOLD_FILE)
             printed, messages = process.communicate(timeout=harness.TIMEOUT)
-        expected = model.run(work)
-        self.assertEqual((process.returncode, printed, messages), (0, expected.stdout, expected.stderr))
+        expected = oracle.run(work)
+        self.assertEqual(differences(Outcome(expected.stdout, expected.stderr, None, 0),
+                                     Outcome(printed, messages, None, process.returncode)), "")
 
     def wait_until_busy(self, process):
         """Until the process has used up a fifth of a second: far more than a job of this size takes."""

@@ -1,4 +1,4 @@
-"""The model's three channels: printer bytes, scheduler messages and trace, and the end by a fatal error."""
+"""The oracle's three channels: printer bytes, scheduler messages and trace, and the end by a fatal error."""
 
 CUPS_ERROR = b"successful-ok"  # what CUPS says when nothing has gone wrong there
 

@@ -1,11 +1,44 @@
-// The rows of the command table. More special rows stand before the general ones that share their first bytes.
-#include "preview/table.h"
+// The command table: every printer command as a row of bytes, parameters and a name. More special rows stand before the
+// general ones that share their first bytes.
+#ifndef KLOV_PREVIEW_TABLE_ROWS_H
+#define KLOV_PREVIEW_TABLE_ROWS_H
 
 namespace preview {
-namespace {
+
+// How many data bytes follow the bytes that a row's pattern spells out.
+enum class Tail {
+    none,
+    rest16,         // p counts everything after itself: the bytes of the pattern that follow it, then the data
+    rest32,         // the same with a 32-bit count
+    rest16_be,      // the same, high byte first
+    raster,         // a raster image; its rows are read one by one
+    counted,        // as many bytes as the last parameter says
+    until_nul,      // up to and with a 00 byte
+    tab_list,       // up to 32 columns and a 00 byte
+    column_image,   // n columns of 1 or 3 bytes (bit 5 of m)
+    one_shape,      // x columns of 3 bytes
+    blocks_8x8,     // x * y * 8 bytes
+    nv_images,      // n images, each with its own size in front
+    raster_rows,    // y rows of x dots
+    dot_columns,    // x columns of y dots
+    store_rows,     // as raster_rows, and p must fit exactly
+    store_columns,  // as dot_columns, and p is one more than what follows
+    smart_file,     // k name bytes, then 00
+    enable_rt,      // p counts the byte before the data too
+};
+
+struct TableRow {
+    // Bytes as two upper-case hexadecimal digits; parameters as a lower-case name: `n` one byte, `n.2` and `n.4`
+    // little-endian, `n.b2` high byte first, `n.s2` signed, `d.8` eight bytes of data. `m=0-3,48-51` takes these values
+    // only. `again` repeats a parameter and is not listed.
+    const char *pattern;
+    const char *name;
+    Tail tail = Tail::none;
+    bool known = true;  // false: the frame tells its length, but its function is not known
+};
 
 // clang-format off
-constexpr TableRow rows[] = {
+inline constexpr TableRow command_table[] = {
     // One byte.
     {"04", "cancel_track_card_reader_mode"},
     {"09", "horizontal_tab"},
@@ -190,11 +223,6 @@ constexpr TableRow rows[] = {
 };
 // clang-format on
 
-}  // namespace
-
-std::span<const TableRow> command_table()
-{
-    return rows;
-}
-
 }  // namespace preview
+
+#endif

@@ -1,16 +1,21 @@
 """A second, plain implementation of a whole print job: what the filter must leave on every channel, byte for byte."""
 
+import re
 from dataclasses import dataclass
+from pathlib import Path
 
-import model_options
+import oracle_options
 import raster
 from cups_stream import Stream
-from model_channels import DEBUG, Channels, Fatal, INFORMATION, shown
-from model_document import end_doc, process_page, start_doc
+from oracle_channels import DEBUG, Channels, Fatal, INFORMATION, shown
+from oracle_document import end_doc, process_page, start_doc
 from numbers_c import signed
 from outcome import Outcome
 from ppd import Ppd
 
+VERSION = re.search(r"project\(klov VERSION (\S+)", (
+    Path(__file__).resolve().parents[3] / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+COMPILED = b"DEBUG: rastertoklov compiled with KLOV library version %s\n" % VERSION.encode()
 HANDLER_LINES = b"+cancel_handler(signum:15) start.\n-cancel_handler finished."
 USAGE = b"ERROR: rastertoklov job-id user title copies options [file]\n"
 ACCEPTED_COUNTS = (6, 7)
@@ -78,11 +83,11 @@ def run(job, cancelled_before=None, cancelled_late=False, limit=1 << 26):
 
 def _run(out, job, cancelled_before, cancelled_late):
     out.msg(INFORMATION, b"rastertoklov filter started")
-    out.messages += b"DEBUG: rastertoklov compiled with KLOV library version 0.1.0\n"
+    out.messages += COMPILED
     if job.arguments not in ACCEPTED_COUNTS:
         out.error(USAGE)
-    options = model_options.get_options(out, job)
-    model_options.dump_options(out, options)
+    options = oracle_options.get_options(out, job)
+    oracle_options.dump_options(out, options)
     out.trace(b"-dump options finished.\n")
     if job.arguments == 7 and not job.file_opens:
         out.error(b"Unable to open raster file")

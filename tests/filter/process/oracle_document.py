@@ -1,8 +1,8 @@
 """How a document and its pages are framed, and how a page is cut into bands and feeds."""
 
-import model_printing as printing
-from model_channels import DEBUG
-from model_options import strip_buffer_size
+import oracle_printing as printing
+from oracle_channels import DEBUG
+from oracle_options import strip_buffer_size
 from numbers_c import dots, signed
 
 

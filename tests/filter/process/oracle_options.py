@@ -3,7 +3,7 @@
 from dataclasses import dataclass
 
 import catalogue
-from model_channels import DEBUG, DUMP, shown
+from oracle_channels import DEBUG, DUMP, shown
 from numbers_c import INT32_MIN, atoi, dot_unit, quotient, signed
 
 

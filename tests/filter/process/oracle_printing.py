@@ -1,8 +1,8 @@
 """The operations that send bytes: bands of rows, compression, blank feeds, finishing."""
 
-import model_commands as commands
-from model_channels import FATAL
-from model_options import class_as_signed, strip_buffer_size
+import oracle_commands as commands
+from oracle_channels import FATAL
+from oracle_options import class_as_signed, strip_buffer_size
 from numbers_c import quotient
 
 FIXED_WIDTH_MODELS = (0x1955, 0x1956)
