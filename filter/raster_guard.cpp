@@ -49,13 +49,11 @@ void note_format(raster_guard &guard, const uint8_t *word)
     }
 }
 
-// CUPS takes a row below 2 GiB that is a whole number of pixels, or of one colour's numbers where colours come apart.
-// What it is shown instead of the real row is as good or as bad.
+// CUPS takes a row that is a whole number of pixels, or of one colour's numbers where colours come apart. What it is
+// shown instead of the real row is as good or as bad. Only the size counts for nothing: CUPS would take a header with a
+// row of 2 GiB for the end of the stream, and the page would vanish without a word.
 uint32_t row_to_show(const raster_guard &guard, const uint8_t *header, uint32_t row)
 {
-    if (row > INT32_MAX) {
-        return 0;
-    }
     const uint32_t order = load_word(guard, header + offsetof(cups_page_header_t, cupsColorOrder));
     const size_t depth = order == CUPS_ORDER_CHUNKED ? offsetof(cups_page_header_t, cupsBitsPerPixel)
                                                      : offsetof(cups_page_header_t, cupsBitsPerColor);

@@ -308,7 +308,7 @@ TEST(RasterGuard, RowsOfAnyLengthAreAsGoodToCupsBehindTheGuardAsTheyAreInTruth)
         Verdict truth(format, turn >= 3);
         Guarded guarded(format, turn >= 3);
         for (int length = turn; length < 10000; length += 6) {
-            const uint32_t row = static_cast<uint32_t>(random()) >> (random() % 32);
+            const uint32_t row = static_cast<uint32_t>(random()) >> (1 + random() % 31);
             for (const Depth &depth : depths) {
                 const std::string header = header_of(stream, depth, row);
                 const bool expected = truth.accepts(header);
@@ -329,13 +329,17 @@ TEST(RasterGuard, RowsOfAnyLengthAreAsGoodToCupsBehindTheGuardAsTheyAreInTruth)
     EXPECT_GT(hidden, 300000);
 }
 
-TEST(RasterGuard, RowsThatCupsRefusesForTheirSizeAloneAreRefused)
+// By itself CUPS takes such a header for the end of the stream. The page is to end the job with a message instead.
+TEST(RasterGuard, RowsOfTwoGigabytesAndMoreReachThePage)
 {
     Guarded guarded(Format::v3, false);
     const Stream stream = new_stream(Format::v3, false);
-    for (const uint32_t row : {0U, 0x80000000U, 0x80000001U, 0xFFFFFFFFU}) {
-        EXPECT_FALSE(guarded.accepts(header_of(stream, {CUPS_ORDER_CHUNKED, 1, 1}, row))) << row;
+    for (const uint32_t row : {0x80000000U, 0x80000001U, 0xFFFFFFFFU}) {
+        EXPECT_TRUE(guarded.accepts(header_of(stream, {CUPS_ORDER_CHUNKED, 1, 1}, row))) << row;
+        EXPECT_EQ(guarded.read.cupsBytesPerLine, row);
     }
+    EXPECT_FALSE(guarded.accepts(header_of(stream, {CUPS_ORDER_CHUNKED, 24, 8}, 0x80000000U))) << "no whole pixels";
+    EXPECT_FALSE(guarded.accepts(header_of(stream, {CUPS_ORDER_CHUNKED, 1, 1}, 0)));
 }
 
 // Any codes that fill the rows of a page, and the bytes that they stand for.
