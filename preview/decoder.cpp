@@ -79,6 +79,23 @@ bool Decoder::finish()
     return false;
 }
 
+Decoder::Unfinished Decoder::unfinished() const
+{
+    const Bytes rest = waiting();
+    return {{rest.begin(), rest.end()}, image_};
+}
+
+void Decoder::resume(Unfinished from)
+{
+    pending_ = std::move(from.pending);
+    head_ = 0;
+    image_ = std::move(from.image);
+    if (image_.active) {
+        image_.command.offset = offset_;
+        sink_.image_begin(image_.header, offset_);
+    }
+}
+
 void Decoder::run(bool final)
 {
     while (sink_.wants_more() && (head_ < pending_.size() || image_.active)) {

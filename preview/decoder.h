@@ -17,6 +17,18 @@ public:
     // The stream is over. False when it ended inside a command: the command was delivered with the kind truncated.
     bool finish();
 
+    // True between two commands (characters that wait for more of them count as a command).
+    bool at_boundary() const
+    {
+        return !image_.active && head_ == pending_.size();
+    }
+
+    // What a command that is cut off leaves behind, and a decoder that begins with it. A printer goes on in that
+    // command, whoever sends the next bytes.
+    struct Unfinished;
+    Unfinished unfinished() const;
+    void resume(Unfinished from);
+
     // Bytes decoded so far.
     uint64_t offset() const
     {
@@ -56,7 +68,13 @@ private:
         std::vector<uint8_t> row;  // the part of a plain row that has arrived
         RowDecoder decoder;
         bool overshoot_told = false;
-    } image_;
+    };
+    Image image_;
+};
+
+struct Decoder::Unfinished {
+    std::vector<uint8_t> pending;
+    Image image;
 };
 
 }  // namespace preview

@@ -86,6 +86,13 @@ void Machine::finish()
     }
 }
 
+void Machine::drop_unfinished()
+{
+    drop_line();
+    page_mode_ = false;
+    page_.clear();
+}
+
 void Machine::warn(uint64_t offset, std::string text)
 {
     if (warnings.size() < options_.max_events) {

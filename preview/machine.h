@@ -60,6 +60,7 @@ public:
     void image_begin(const ImageHeader &header, uint64_t offset);
     void image_row(Bytes row);
     void finish();
+    void drop_unfinished();  // the line and the page that are not printed yet
     void warn(uint64_t offset, std::string text);
 
     const Paper &paper() const

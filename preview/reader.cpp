@@ -42,6 +42,7 @@ struct Reader::Parts final : Sink {
     void on_command(const Command &command) override
     {
         machine.execute(command);
+        cut_off = cut_off || command.kind == Kind::truncated;
         if (command.kind == Kind::truncated && !problem) {
             problem = Problem{command.offset, "the input ends inside " + std::string(command.name) + " after " +
                                                   std::to_string(command.length) + " bytes of it"};
@@ -52,7 +53,7 @@ struct Reader::Parts final : Sink {
         if (options.keep_commands && commands.size() < options.max_events) {
             commands.push_back(keep(command));
         }
-        if (watcher) {
+        for (const auto &watcher : watchers) {
             watcher(command);
         }
     }
@@ -84,8 +85,14 @@ struct Reader::Parts final : Sink {
     Machine machine;
     Decoder decoder;
     std::vector<CommandRecord> commands;
-    std::function<void(const Command &)> watcher;
+    std::vector<std::function<void(const Command &)>> watchers;
     std::optional<Problem> problem;
+    bool cut_off = false;
+    std::shared_ptr<Unfinished> unfinished;
+};
+
+struct Reader::Unfinished {
+    Decoder::Unfinished decoder;
 };
 
 Reader::Reader(Options options) : parts_(std::make_unique<Parts>(options)) {}
@@ -94,7 +101,7 @@ Reader::~Reader() = default;
 
 void Reader::watch(std::function<void(const Command &)> watcher)
 {
-    parts_->watcher = std::move(watcher);
+    parts_->watchers.push_back(std::move(watcher));
 }
 
 bool Reader::feed(Bytes bytes)
@@ -108,13 +115,31 @@ bool Reader::feed(Bytes bytes)
 bool Reader::finish()
 {
     if (!parts_->machine.problem()) {
+        auto rest = std::make_shared<Unfinished>(Unfinished{parts_->decoder.unfinished()});
         parts_->decoder.finish();
         parts_->machine.finish();
+        parts_->unfinished = parts_->cut_off ? std::move(rest) : nullptr;
     }
     if (parts_->machine.problem()) {
         parts_->problem = parts_->machine.problem();
     }
     return !parts_->problem.has_value();
+}
+
+std::shared_ptr<Reader::Unfinished> Reader::unfinished() const
+{
+    return parts_->unfinished;
+}
+
+void Reader::resume(const Unfinished &from)
+{
+    parts_->decoder.resume(from.decoder);
+}
+
+void Reader::drop_unfinished()
+{
+    parts_->decoder.resume({});
+    parts_->machine.drop_unfinished();
 }
 
 const Options &Reader::options() const
