@@ -27,14 +27,23 @@ public:
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
-    // Called with every command as soon as it is complete.
+    // Called with every command as soon as it is complete; all watchers are, in the order they came.
     void watch(std::function<void(const Command &)> watcher);
 
-    // Reads a piece of the stream. False once the paper is at its limit: the rest is not looked at.
+    // Reads a piece of the stream. False once the paper or the printer is at a limit: the rest is not looked at.
     bool feed(Bytes bytes);
 
     // The stream is over: prints what is left in the line buffer. False when the input or the paper ended too early.
     bool finish();
+
+    // The command that the stream broke off in, for resume() of the reader that gets the next stream; null when the
+    // stream ended between two commands. To be asked after finish().
+    struct Unfinished;
+    std::shared_ptr<Unfinished> unfinished() const;
+    void resume(const Unfinished &from);
+
+    // Drops the command and the line that are not complete.
+    void drop_unfinished();
 
     const Options &options() const;
     const Paper &paper() const;
