@@ -41,7 +41,7 @@ int32_t klov_cmd_print_bar_code(uint32_t printer_class, int32_t m, const uint8_t
         return KLOV_OK;
     }
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 4);
+    const int32_t refusal = admit_data(printer_class, out, 4, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -122,7 +122,7 @@ int32_t klov_cmd_pdf417_store_the_data_in_the_symbol_storage_area(uint32_t print
                                                                   uint32_t k, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 8);
+    const int32_t refusal = admit_data(printer_class, out, 8, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -164,14 +164,13 @@ int32_t klov_cmd_qr_select_the_error_correction_level(uint32_t printer_class, in
     return emit_symbol_function(valid, printer_class, {buf, cap, len}, qr_code, 0x45, n);
 }
 
-// Room is asked for the frame only, not for the data behind it, and k is not tested: the caller answers for k + 8
-// bytes.
+// Room is asked for the frame only, not for the data behind it, and k is not held to a range: the caller answers for
+// k + 8 bytes.
 int32_t klov_cmd_qr_store_the_data_in_the_symbol_storage_area(uint32_t printer_class, const uint8_t *data, uint32_t k,
                                                               uint8_t *buf, uint32_t cap, uint32_t *len)
 {
-    constexpr uint32_t frame = 8;
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, frame);
+    const int32_t refusal = admit_data(printer_class, out, 8, k, data_room::not_asked);
     if (refusal != KLOV_OK) {
         return refusal;
     }

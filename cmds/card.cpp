@@ -59,7 +59,7 @@ int32_t klov_cmd_smart_card_select_file(uint32_t printer_class, const uint8_t *d
                                         uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 12);
+    const int32_t refusal = admit_data(printer_class, out, 12, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -139,7 +139,7 @@ int32_t klov_cmd_eh_send_attestation_data(uint32_t printer_class, const uint8_t 
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, (size + 11U) * 2);
+    const int32_t refusal = admit_data(printer_class, out, 22, 2U * size);
     if (refusal != KLOV_OK) {
         return refusal;
     }

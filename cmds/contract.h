@@ -62,6 +62,22 @@ inline int32_t admit(uint32_t printer_class, command_buffer out, uint32_t need)
     return room >= need ? KLOV_OK : KLOV_E_BUFFER_TOO_SMALL;
 }
 
+// Whether the room that is asked for covers the caller's data. One command asks for its frame alone.
+enum class data_room { asked, not_asked };
+
+// The same checks for a command that takes caller data: so many bytes of its own around so many of the caller's. A
+// length that does not fit 32 bits is one that no buffer holds.
+inline int32_t admit_data(uint32_t printer_class, command_buffer out, uint32_t frame, uint32_t size,
+                          data_room room = data_room::asked)
+{
+    const uint32_t length = frame + size;
+    const int32_t refusal = admit(printer_class, out, room == data_room::asked ? length : frame);
+    if (refusal != KLOV_OK) {
+        return refusal;
+    }
+    return length >= size ? KLOV_OK : KLOV_E_BUFFER_TOO_SMALL;
+}
+
 // Append bytes, each the low byte of its argument; the caller has been admitted.
 template <typename... Byte>
 inline void append(command_buffer out, Byte... byte)

@@ -145,7 +145,7 @@ int32_t klov_cmd_enable_real_time_command(uint32_t printer_class, int32_t p, con
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, size + 6U);
+    const int32_t refusal = admit_data(printer_class, out, 6, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -175,7 +175,7 @@ int32_t klov_cmd_select_the_number_of_parts_for_the_thermal_head_energizing(uint
 static int32_t emit_shape(uint32_t printer_class, command_buffer out, uint8_t function, uint32_t shape_size,
                           const uint8_t *data, uint32_t k)
 {
-    const int32_t refusal = admit(printer_class, out, k + 6);
+    const int32_t refusal = admit_data(printer_class, out, 6, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -214,7 +214,7 @@ int32_t klov_cmd_write_to_nv_user_memory(uint32_t printer_class, uint32_t a, int
                                          uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 10);
+    const int32_t refusal = admit_data(printer_class, out, 10, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }

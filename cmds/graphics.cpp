@@ -6,7 +6,7 @@
 // ---- Bit images ----
 
 // The data may come later: without it the command still grows by k, and the caller fills those bytes. A k from -5 to -1
-// takes back part of the header from *len.
+// takes back part of the header from *len, so that the length is meant to wrap here.
 int32_t klov_cmd_select_bit_image_mode(uint32_t printer_class, int32_t m, int32_t n, const uint8_t *data, int32_t k,
                                        uint8_t *buf, uint32_t cap, uint32_t *len)
 {
@@ -40,18 +40,14 @@ int32_t klov_cmd_print_NV_bit_image(uint32_t printer_class, int32_t n, int32_t m
                    n, m);
 }
 
-// Variable length. The images describe their own sizes inside the data, which is not looked at. As nothing else bounds
-// k, a length that wraps is refused here: no buffer holds it.
+// The images describe their own sizes inside the data, which is not looked at.
 int32_t klov_cmd_define_nv_bit_image_fmode(uint32_t printer_class, int32_t n, const uint8_t *data, uint32_t k,
                                            uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, 3 + k);
+    const int32_t refusal = admit_data(printer_class, out, 3, k);
     if (refusal != KLOV_OK) {
         return refusal;
-    }
-    if (k > UINT32_MAX - 3) {
-        return KLOV_E_BUFFER_TOO_SMALL;
     }
     if (low_byte(n) == 0) {
         return KLOV_E_PARAMETER;
@@ -61,12 +57,11 @@ int32_t klov_cmd_define_nv_bit_image_fmode(uint32_t printer_class, int32_t n, co
     return KLOV_OK;
 }
 
-// Variable length.
 int32_t klov_cmd_define_downloaded_bit_image(uint32_t printer_class, int32_t x, int32_t y, const uint8_t *data,
                                              uint32_t k, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, 4 + k);
+    const int32_t refusal = admit_data(printer_class, out, 4, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -227,7 +222,7 @@ int32_t define_graphics(const definition &what, uint32_t printer_class, int32_t 
 {
     const uint32_t parameter_length = picture.size + 11;
     const uint32_t head = fits_two_bytes(parameter_length) ? 5 : 7;
-    const int32_t refusal = admit(printer_class, out, head + 11 + picture.size);
+    const int32_t refusal = admit_data(printer_class, out, head + 11, picture.size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -293,7 +288,7 @@ int32_t store_graphics(const storing &what, uint32_t printer_class, int32_t bx, 
 {
     const uint32_t parameter_length = picture.size + what.parameter_overhead;
     const uint32_t head = fits_two_bytes(parameter_length) ? 5 : 7;
-    const int32_t refusal = admit(printer_class, out, head + 10 + picture.size);
+    const int32_t refusal = admit_data(printer_class, out, head + 10, picture.size);
     if (refusal != KLOV_OK) {
         return refusal;
     }

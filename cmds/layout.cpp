@@ -92,7 +92,7 @@ int32_t klov_cmd_select_or_cancel_defined_charater_set(uint32_t printer_class, i
     return emit(printer_class, {buf, cap, len}, 0x1B, 0x25, n);
 }
 
-// Variable length. The data is one shape of x columns, three bytes high, even for a range of codes. The product is not
+// The data is one shape of x columns, three bytes high, even for a range of codes. The product is not
 // cut to a byte, so 86 columns and more cannot be defined.
 int32_t klov_cmd_define_user_defined_characters(uint32_t printer_class, int32_t c1, int32_t c2, int32_t x,
                                                 const uint8_t *data, int32_t k, uint8_t *buf, uint32_t cap,
@@ -100,7 +100,7 @@ int32_t klov_cmd_define_user_defined_characters(uint32_t printer_class, int32_t 
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, 6U + size);
+    const int32_t refusal = admit_data(printer_class, out, 6, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -219,13 +219,12 @@ int32_t klov_cmd_set_relative_print_position(uint32_t printer_class, int32_t n, 
     return emit_if(in_range(n, -32768, 32767), printer_class, {buf, cap, len}, 0x1B, 0x5C, low_byte(n), second_byte(n));
 }
 
-// Variable length.
 int32_t klov_cmd_set_horizontal_tab_positions(uint32_t printer_class, const uint8_t *data, int32_t k, uint8_t *buf,
                                               uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t count = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, 3U + count);
+    const int32_t refusal = admit_data(printer_class, out, 3, count);
     if (refusal != KLOV_OK) {
         return refusal;
     }

@@ -16,7 +16,7 @@ int32_t klov_cmd_print_raster_bit_image(uint32_t printer_class, int32_t m, int32
 {
     const command_buffer out = {buf, cap, len};
     const uint32_t size = static_cast<uint32_t>(xBytes) * static_cast<uint32_t>(yDots);
-    const int32_t refusal = admit(printer_class, out, 8 + size);
+    const int32_t refusal = admit_data(printer_class, out, 8, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }

@@ -14,7 +14,8 @@
  *  3. Checks come in this order: class bit 0 clear KLOV_E_MODEL_TYPE; buf null, or less room than the command needs,
  *     KLOV_E_BUFFER_TOO_SMALL; a parameter out of its range KLOV_E_PARAMETER. A refusal writes nothing.
  *  4. The room is cap - *len in unsigned arithmetic: a *len beyond cap is not noticed. Commands of a single byte only
- *     test whether cap equals *len. Functions that ask for less room than they write say so.
+ *     test whether cap equals *len. Functions that ask for less room than they write say so. Caller data whose length
+ *     does not fit 32 bits with its command around it is KLOV_E_BUFFER_TOO_SMALL, before a byte of it is read.
  *  5. A parameter that is sent as one byte is tested on its low 8 bits unless its function says otherwise; wider
  *     parameters are tested whole. Numbers of several bytes go out least significant byte first unless noted.
  *
