@@ -34,12 +34,12 @@ install(TARGETS klov EXPORT klovTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(TARGETS klov_static EXPORT klovTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/klov DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
 install(EXPORT klovTargets NAMESPACE klov:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/klovConfig.cmake.in
   ${PROJECT_BINARY_DIR}/klovConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/klovConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/klovConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 configure_file(${PROJECT_SOURCE_DIR}/packaging/klov.pc.in ${PROJECT_BINARY_DIR}/klov.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/klovConfig.cmake ${PROJECT_BINARY_DIR}/klovConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)

@@ -6,7 +6,7 @@
 // The symbols of GS ( k, by the byte that names them in its frame.
 enum symbol : uint8_t { pdf417 = 0x30, qr_code = 0x31 };
 
-// The whole value is tested, from above only: a negative n has always been sent on as its low byte.
+// The whole value is tested, from above only: a negative n goes out as its low byte.
 int32_t klov_cmd_select_print_position_HRI_characters(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                       uint32_t *len)
 {
@@ -50,12 +50,10 @@ int32_t klov_cmd_print_bar_code(uint32_t printer_class, int32_t m, const uint8_t
     if (!terminated && !counted) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x6B, m);
     if (counted) {
-        append(out, k);
-        append_data(out, data, k);
+        append_with_data(out, data, k, 0x1D, 0x6B, m, k);
     } else {
-        append_data(out, data, k);
+        append_with_data(out, data, k, 0x1D, 0x6B, m);
         append(out, 0x00);
     }
     return KLOV_OK;
@@ -73,8 +71,7 @@ static int32_t emit_symbol_function(bool valid, uint32_t printer_class, command_
 static void append_symbol_data(command_buffer out, symbol which, const uint8_t *data, uint32_t k)
 {
     const uint32_t count = k + 3;
-    append(out, 0x1D, 0x28, 0x6B, low_byte(count), second_byte(count), which, 0x50, 0x30);
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1D, 0x28, 0x6B, low_byte(count), second_byte(count), which, 0x50, 0x30);
 }
 
 int32_t klov_cmd_pdf417_set_the_number_of_columns_in_the_data_region(uint32_t printer_class, int32_t n, uint8_t *buf,
@@ -126,7 +123,7 @@ int32_t klov_cmd_pdf417_store_the_data_in_the_symbol_storage_area(uint32_t print
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (k < 1 || k > 65532) {
+    if (k < 1 || k > 65532 || !has_data(data, k)) {
         return KLOV_E_PARAMETER;
     }
     append_symbol_data(out, pdf417, data, k);
