@@ -77,6 +77,8 @@ def encode_data(function: Any, size: int, *arguments: Any) -> bytes:
 
 def feed(function: Any, printer_class: int, n: int) -> bytes:
     """A feed, which repeats itself for every 255 units. The library does not count a long reverse one: steps do."""
+    if not _INT32_MIN <= n <= 0x7FFFFFFF:
+        raise KlovError(-1)
     if function is _native.klov_cmd_print_and_reverse_feed_n_line and n > 254:
         steps = [254] * (n // 254) + ([n % 254] if n % 254 else [])
         return b"".join(encode(function, printer_class, step) for step in steps)

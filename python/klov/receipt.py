@@ -1,5 +1,6 @@
 """Receipts: text, columns, bar codes, pictures, in the order in which they are to stand on the paper."""
 
+import textwrap
 from types import TracebackType
 from typing import Any, Optional, Tuple, Type
 
@@ -14,6 +15,8 @@ CODE_TABLES = {"cp437": CodeTable.TABLE_437, "cp850": CodeTable.TABLE_850, "cp85
                "cp1252": CodeTable.TABLE_1252, "cp852": CodeTable.TABLE_852, "cp866": CodeTable.TABLE_866,
                "cp860": CodeTable.TABLE_860, "cp863": CodeTable.TABLE_863, "cp865": CodeTable.TABLE_865}
 _CELL = 12  # dots across of a character of font A
+_COUNT = 6  # characters of a column between the first and the last
+_PRICE = 10  # characters of the last column of three and more
 _BAND = 1024  # rows of a picture that one command carries
 
 
@@ -103,27 +106,22 @@ class Receipt:
         return self.model.width // _CELL
 
     def columns(self, *cells: str, **style: Any) -> "Receipt":
-        """Cells side by side: the first at the left, the last at the right end, what is between in equal parts.
+        """Cells side by side: the first at the left, in as many lines as it needs, the last at the right end.
 
         >>> Receipt().columns("Tea", "2", "3.00").bytes()[2:]
-        b'Tea             2                           3.00\\n'
+        b'Tea                                  2      3.00\\n'
         """
         if not cells:
             return self
-        across = style.get("size", (1, 1))[0]
-        width = max(1, self.characters_a_line // max(1, across))
-        part = max(1, width // len(cells))
-        line = "".join(cell[:part - 1].ljust(part) for cell in cells[1:-1])
-        last = cells[-1] if len(cells) > 1 else ""
-        room = max(1, width - len(line) - (len(last) + 1 if last else 0))
-        if len(cells) > 2:
-            room = min(room, part)
-        first = cells[0]
-        while len(first) > room:
-            self.text(first[:room], **style)
-            first = first[room:]
-        return self.text((first.ljust(room) + (" " if len(cells) == 2 else "") + line).ljust(width - len(last)) + last,
-                         **style)
+        width = max(2, self.characters_a_line // max(1, style.get("size", (1, 1))[0]))
+        tail = "".join(cell[:_COUNT - 1].rjust(_COUNT) for cell in cells[1:-1])
+        if len(cells) > 1:
+            tail += " " + cells[-1].rjust(_PRICE - 1 if len(cells) > 2 else 0)
+        tail = tail[1 - width:] if len(tail) >= width else tail
+        lines = textwrap.wrap(cells[0], width - len(tail)) or [""]
+        for line in lines[:-1]:
+            self.text(line, **style)
+        return self.text(lines[-1].ljust(width - len(tail)) + tail, **style)
 
     def rule(self, character: str = "-") -> "Receipt":
         """A line of one character from side to side."""
@@ -150,7 +148,7 @@ class Receipt:
         """
         content = "{B" + data.replace("{", "{{") if kind == Symbology.CODE128 and not data.startswith("{") else data
         encoded = content.encode("ascii")
-        if not 1 <= len(encoded) <= 255:
+        if not data or len(encoded) > 255:
             raise KlovError(-1)
         c = self._class
         return self._aligned(align, commands.select_print_position_HRI_characters(c, readable),
@@ -181,7 +179,7 @@ class Receipt:
         """
         width, dots = image if isinstance(image, tuple) else _dots(image, self.model.width)
         row = (width + 7) // 8
-        if row < 1 or len(dots) % row or row > 65535:
+        if not 1 <= row <= 65535 or not dots or len(dots) % row:
             raise KlovError(-25)
         parts = []
         for start in range(0, len(dots) // row, _BAND):

@@ -2,6 +2,7 @@
 
 import doctest
 import importlib
+import importlib.util
 import inspect
 import os
 import pathlib
@@ -53,8 +54,6 @@ class Commands(unittest.TestCase):
             parameters = list(inspect.signature(function).parameters)
             for number in (-2**31, -3, 0, 1, 48, 255, 70000, 2**40):
                 given = [b"abcd" if name == "data" else number for name in parameters[1:]]
-                if function is commands.print_and_feed_paper and number > 70000:
-                    continue
                 try:
                     self.assertIsInstance(function(0xFFFF, *given), bytes)
                 except klov.KlovError as error:
@@ -123,7 +122,7 @@ class Printers(unittest.TestCase):
             def play():
                 client, _ = server.accept()
                 with client:
-                    received.append(client.recv(100))
+                    received.append(client.recv(5))
                     for answer in (b"\x00\x12", b"\x16", b"\x1e"):
                         received.append(client.recv(3))
                         client.sendall(answer)
@@ -196,7 +195,7 @@ class Receipts(unittest.TestCase):
         receipt = klov.Receipt()
         for wrong in (lambda: receipt.bar_code(""), lambda: receipt.bar_code("x" * 300), lambda: receipt.qr(""),
                       lambda: receipt.qr("x" * 8000), lambda: receipt.logo("x"), lambda: receipt.text("x", size=(9, 1)),
-                      lambda: receipt.picture((8, b"")) and receipt.picture((9, b"123"))):
+                      lambda: receipt.picture((8, b"")), lambda: receipt.picture((9, b"123"))):
             with self.assertRaises(klov.KlovError):
                 wrong()
 
