@@ -56,11 +56,13 @@ int main(void)
     COMMAND(set_bar_code_height, 80);
     COMMAND(set_bar_code_width, 2);
     COMMAND(print_bar_code, KLOV_BAR_CODE128, (const uint8_t *)"{B4711", 6);
+    COMMAND(print_and_feed_paper, 24);
     COMMAND(qr_select_the_model, KLOV_QR_MODEL_2);
     COMMAND(qr_set_the_size_of_module, 6);
     COMMAND(qr_select_the_error_correction_level, KLOV_QR_CORRECTION_M);
     COMMAND(qr_store_the_data_in_the_symbol_storage_area, (const uint8_t *)"https://example.com/4711", 24);
     check(klov_cmd_qr_print_the_symbol_data_in_the_symbol_storage_area(printer, job, sizeof job, &length));
+    COMMAND(print_and_feed_paper, 24);
     COMMAND(select_cut_mode_and_feed_paper, KLOV_FEED_AND_CUT_PARTIAL, 40);
     return fwrite(job, 1, length, stdout) == length && fflush(stdout) == 0 ? 0 : 1;
 }

@@ -24,10 +24,12 @@ try {
     job.add(klov_cmd_select_print_position_HRI_characters, KLOV_HRI_BELOW);
     job.add(klov_cmd_set_bar_code_height, 80).add(klov_cmd_set_bar_code_width, 2);
     job.add(klov_cmd_print_bar_code, KLOV_BAR_CODE128, klov::data("{B4711"));
+    job.add(klov_cmd_print_and_feed_paper, 24);
     job.add(klov_cmd_qr_select_the_model, KLOV_QR_MODEL_2).add(klov_cmd_qr_set_the_size_of_module, 6);
     job.add(klov_cmd_qr_select_the_error_correction_level, KLOV_QR_CORRECTION_M);
     job.add(klov_cmd_qr_store_the_data_in_the_symbol_storage_area, klov::data("https://example.com/4711"));
     job.add(klov_cmd_qr_print_the_symbol_data_in_the_symbol_storage_area);
+    job.add(klov_cmd_print_and_feed_paper, 24);
     job.add(klov_cmd_select_cut_mode_and_feed_paper, KLOV_FEED_AND_CUT_PARTIAL, 40);
     return std::fwrite(job.data(), 1, job.size(), stdout) == job.size() ? 0 : 1;
 } catch (const klov::error &refusal) {

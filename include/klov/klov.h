@@ -60,8 +60,8 @@
  *     klov_printer_model_detach() (the cache models_table), the last-error slot, the trace, the wide error texts, and
  *     conversions with code page 4 (the locale of the process).
  * 13. **Stability.** Within one soname no name goes, and no signature, record, constant or byte of a command changes. A
- *     minor release may add names and models. The first MODEL_BRIEF_ROWS - 1 models of the catalogue are in every
- *     release; klov_model_count() and klov_model_at() reach those that came later too.
+ *     minor release may add names and models. model_brief_table has MODEL_BRIEF_ROWS rows or more; klov_model_count()
+ *     and klov_model_at() reach every model of the library that the program runs with.
  *
  * With KLOV_NO_SHORT_NAMES defined before the include, every name that does not begin with klov_ or KLOV_ is left out,
  * for programs that have a model_brief or a format_error() of their own.

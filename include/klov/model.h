@@ -95,8 +95,8 @@ typedef klov_printer_model printer_model; /**< one model with its properties, by
 #define MODEL_PROPTYPE_BYTE 4   /**< KLOV_MODEL_PROPTYPE_BYTE */
 
 /**
- * Rows that model_brief_table has in every release of this soname: those of its first release, 173 models and the
- * closing "unknown" row. A later release has its further models here too, and the closing row behind them.
+ * Rows that model_brief_table has in every release of this soname, at least: 173 models and the closing "unknown" row.
+ * Where there are more models, the closing row stands further behind.
  */
 #define MODEL_BRIEF_ROWS 174
 

@@ -157,16 +157,17 @@ class Receipt:
 
     def qr(self, data: str, *, size: int = 6, correction: QrCorrection = QrCorrection.M,
            align: str = "centre") -> "Receipt":
-        """A QR Code; size is the dots of a module, 1 to 16."""
+        """A QR Code; size is the dots of a module, 1 to 16. White of 4 modules above and below lets readers find it."""
         encoded = data.encode()
         if not 1 <= len(encoded) <= 7089:
             raise KlovError(-1)
         c = self._class
-        return self._aligned(align, commands.qr_select_the_model(c, QrModel.MODEL_2),
+        white = commands.print_and_feed_paper(c, 4 * size)
+        return self._aligned(align, white, commands.qr_select_the_model(c, QrModel.MODEL_2),
                              commands.qr_set_the_size_of_module(c, size),
                              commands.qr_select_the_error_correction_level(c, correction),
                              commands.qr_store_the_data_in_the_symbol_storage_area(c, encoded),
-                             commands.qr_print_the_symbol_data_in_the_symbol_storage_area(c))
+                             commands.qr_print_the_symbol_data_in_the_symbol_storage_area(c), white)
 
     def picture(self, image: Any, align: str = "centre") -> "Receipt":
         """A picture: a file's name or an image of Pillow; or, without Pillow, its dots as (width, bytes).
