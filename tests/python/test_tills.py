@@ -2,9 +2,11 @@
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import unittest
+import unittest.mock
 
 from klov import printers
 
@@ -14,6 +16,22 @@ TOOL = os.environ["KLOV_PREVIEW"]
 
 def output(*command):
     return subprocess.run(command, capture_output=True, check=True, timeout=60).stdout
+
+
+class Page(unittest.TestCase):
+    """docs/python.md: its samples run."""
+
+    def test_samples_run_and_the_first_is_the_picture(self):
+        page = (SOURCE / "docs" / "python.md").read_text(encoding="utf-8")
+        samples = re.findall(r"^```python\n(.*?)^```$", page, re.M | re.S)
+        self.assertEqual(len(samples), 2)
+        self.assertEqual(len(samples[0].splitlines()), 8)
+        path = os.pathsep.join([os.path.dirname(TOOL), os.environ["PATH"]])
+        with unittest.mock.patch.dict(os.environ, {"PATH": path}):
+            for sample, name in zip(samples, ("picture", "margin")):
+                names = {}
+                exec(sample, names)  # noqa: S102
+                self.assertTrue(names[name])
 
 
 class Tills(unittest.TestCase):
