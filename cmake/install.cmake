@@ -1,6 +1,6 @@
 # cmake --install: filter and driver file where CUPS looks for them, library, headers, tools and manual pages where
-# Debian does. Components: driver, library, development (and preview,
-# which the virtual printer installs by itself).
+# Debian does. Components: driver, library, development (and preview and
+# python, which the virtual printer and the Python package install by themselves).
 
 include(CMakePackageConfigHelpers)
 

@@ -44,6 +44,7 @@ inline std::string message(int32_t code, int32_t language = KLOV_LANGUAGE_ENGLIS
 /** A refusal, with the library's code and its text. */
 class error : public std::runtime_error {
 public:
+    /** For a result code. */
     explicit error(int32_t result) : std::runtime_error(message(result)), code_(result) {}
 
     /** One of the codes of klov/result.h. */
@@ -86,6 +87,7 @@ private:
     std::size_t size_;
 };
 
+/** \cond */
 namespace detail {
 
 inline std::size_t size_of(const data &bytes)
@@ -100,6 +102,7 @@ std::size_t size_of(const Number &)
 }
 
 }  // namespace detail
+/** \endcond */
 
 /** Commands and text for one printer, one after the other. */
 class buffer {

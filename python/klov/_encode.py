@@ -56,7 +56,7 @@ def encode(function: Any, *arguments: Any) -> bytes:
     code = function(*arguments, memory, _FRAME, length_at)
     if code:
         raise KlovError(code)
-    return memory[:length.value]
+    return memory.raw[:length.value]
 
 
 def encode_data(function: Any, size: int, *arguments: Any) -> bytes:

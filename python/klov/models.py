@@ -61,4 +61,4 @@ def library_version() -> str:
     >>> library_version().count(".")
     2
     """
-    return _native.klov_version().decode()
+    return str(_native.klov_version().decode())

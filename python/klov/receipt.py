@@ -2,7 +2,7 @@
 
 import textwrap
 from types import TracebackType
-from typing import Any, Optional, Tuple, Type
+from typing import Any, Callable, List, Optional, Tuple, Type
 
 from . import commands, printers
 from ._encode import KlovError
@@ -26,7 +26,7 @@ class Receipt:
     >>> receipt = Receipt(model="QX-100")
     >>> receipt.text("Tea").cut()  # doctest: +ELLIPSIS
     <Receipt of ... bytes>
-    >>> receipt.bytes()[:5]
+    >>> bytes(receipt)[:5]
     b'\\x1b@Tea'
 
     As a context manager it sends itself to its printer at the end, unless an exception came in between: half a
@@ -43,7 +43,7 @@ class Receipt:
     def __repr__(self) -> str:
         return f"<Receipt of {len(self._out)} bytes>"
 
-    def bytes(self) -> bytes:
+    def __bytes__(self) -> bytes:
         """The bytes for the printer, so far."""
         return bytes(self._out)
 
@@ -58,19 +58,19 @@ class Receipt:
              align: str = "left") -> "Receipt":
         """A line of text, or several; size is times across and times down, 1 to 8 each.
 
-        >>> Receipt().text("Total", bold=True, align="right").bytes()
+        >>> bytes(Receipt().text("Total", bold=True, align="right"))
         b'\\x1b@\\x1ba\\x02\\x1bE\\x01Total\\n\\x1bE\\x00\\x1ba\\x00'
 
         Letters that the printer's code table lacks bring their own table along. Characters that would steer the
         printer are printed as question marks.
 
-        >>> Receipt().text("1 €\\x1b").bytes()
+        >>> bytes(Receipt().text("1 €\\x1b"))
         b'\\x1b@\\x1bt\\x131 \\xd5?\\n'
         """
         across, down = size
         if not (1 <= across <= 8 and 1 <= down <= 8):
             raise KlovError(-1)
-        modes = [
+        modes: List[Tuple[bool, Callable[[int], bytes]]] = [
             (align != "left", lambda on: commands.select_justification(self._class, ALIGN[align] if on else 0)),
             (bold, lambda on: commands.turn_emphasized_mode_on_off(self._class, on)),
             (underline, lambda on: commands.turn_underline_mode_on_off(self._class, on)),
@@ -108,7 +108,7 @@ class Receipt:
     def columns(self, *cells: str, **style: Any) -> "Receipt":
         """Cells side by side: the first at the left, in as many lines as it needs, the last at the right end.
 
-        >>> Receipt().columns("Tea", "2", "3.00").bytes()[2:]
+        >>> bytes(Receipt().columns("Tea", "2", "3.00"))[2:]
         b'Tea                                  2      3.00\\n'
         """
         if not cells:
@@ -143,7 +143,7 @@ class Receipt:
                  readable: Hri = Hri.BELOW, align: str = "centre") -> "Receipt":
         """A bar code. Code 128 without a code set of its own gets set B.
 
-        >>> Receipt().bar_code("4711").bytes()[-13:]
+        >>> bytes(Receipt().bar_code("4711"))[-13:]
         b'\\x1dkI\\x06{B4711\\x1ba\\x00'
         """
         content = "{B" + data.replace("{", "{{") if kind == Symbology.CODE128 and not data.startswith("{") else data
@@ -175,7 +175,7 @@ class Receipt:
         The bytes are rows of 8 dots a byte, the highest bit leftmost, 1 is black. Pillow's images are brought to black
         and white, and down to the paper's width when they are wider.
 
-        >>> Receipt().picture((8, b"\\x81\\x42")).bytes()[5:-3]
+        >>> bytes(Receipt().picture((8, b"\\x81\\x42")))[5:-3]
         b'\\x1dv0\\x00\\x01\\x00\\x02\\x00\\x81B'
         """
         width, dots = image if isinstance(image, tuple) else _dots(image, self.model.width)
@@ -211,14 +211,14 @@ class Receipt:
 
     def preview(self, tool: str = "klov-preview") -> "Preview":
         """The paper, as the virtual printer draws it."""
-        return Preview(printers.paint(self.bytes(), self.model.width, tool))
+        return Preview(printers.paint(bytes(self), self.model.width, tool))
 
     def print(self, printer: Optional[printers.Printer] = None) -> None:
         """Sends the receipt to this printer, or to the one that it was made for."""
         target = printer or self._printer
         if target is None:
             raise KlovError(-6)
-        target.send(self.bytes())
+        target.send(bytes(self))
 
     def __enter__(self) -> "Receipt":
         return self

@@ -12,8 +12,10 @@ READS = "none: it reads"
 
 # Their bytes depend on how far the paper goes, so that the page gives the group that is repeated.
 REPEATED = {
-    "klov_cmd_print_and_feed_paper": ("1B 4A n, once for every started 255 units", "1B 4A FF while more than 255 units remain"),
-    "klov_cmd_print_and_reverse_feed_n_line": ("1B 65 n, once for every started 255 lines", "1B 65 FF while more than 255 lines remain"),
+    "klov_cmd_print_and_feed_paper": (
+        "1B 4A n, once for every started 255 units", "1B 4A FF while more than 255 units remain"),
+    "klov_cmd_print_and_reverse_feed_n_line": (
+        "1B 65 n, once for every started 255 lines", "1B 65 FF while more than 255 lines remain"),
 }
 SAME_AS = {"klov_cmd_clearbuffer": "klov_cmd_clear_buffer"}
 

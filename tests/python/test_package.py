@@ -14,7 +14,7 @@ import time
 import unittest
 
 import klov
-from klov import _native, commands, constants, printers
+from klov import _native, commands, constants
 
 TOOL = os.environ["KLOV_PREVIEW"]
 MODULES = ["", "._encode", ".models", ".printers", ".receipt", ".status"]
@@ -177,16 +177,16 @@ class Receipts(unittest.TestCase):
         receipt = klov.Receipt()
         for cells in (("a",), ("a", "b"), ("a", "b", "c"), ("x" * 100, "9.99"), ("a", "b", "c", "d")):
             for size in ((1, 1), (2, 1)):
-                before = len(receipt.bytes())
+                before = len(bytes(receipt))
                 receipt.columns(*cells, size=size)
-                lines = receipt.bytes()[before:].replace(b"\x1d!\x10", b"").replace(b"\x1d!\x00", b"").split(b"\n")[:-1]
+                lines = bytes(receipt)[before:].replace(b"\x1d!\x10", b"").replace(b"\x1d!\x00", b"").split(b"\n")[:-1]
                 for line in lines[:-1]:
                     self.assertLessEqual(len(line), 48 // size[0])
                 self.assertEqual(len(lines[-1]), 48 // size[0], (cells, lines))
 
     def test_texts_never_steer_the_printer(self):
         every = "".join(map(chr, range(256))) + "\u2028\ufeff😀"
-        body = klov.Receipt().text(every).bytes()[2:]
+        body = bytes(klov.Receipt().text(every))[2:]
         for table in range(256):
             body = body.replace(bytes([0x1B, 0x74, table]), b"")
         self.assertEqual({byte for byte in body if byte < 32 or byte == 127}, {10})
@@ -201,7 +201,7 @@ class Receipts(unittest.TestCase):
 
     def test_a_picture_has_all_its_rows_in_bands(self):
         dots = bytes(range(256)) * 10
-        body = klov.Receipt().picture((8, dots)).bytes()
+        body = bytes(klov.Receipt().picture((8, dots)))
         self.assertEqual(body.count(b"\x1dv0\x00\x01\x00"), 3)
         self.assertEqual(len(body), 2 + 3 + 3 * 8 + len(dots) + 3)
 
@@ -211,8 +211,8 @@ class Receipts(unittest.TestCase):
         image = Image.new("L", (16, 2), 255)
         for x in range(8):
             image.putpixel((x, 0), 0)
-        self.assertIn(b"\x1dv0\x00\x02\x00\x02\x00\xff\x00\x00\x00", klov.Receipt().picture(image).bytes())
-        wide = klov.Receipt().picture(Image.new("RGBA", (2000, 10))).bytes()
+        self.assertIn(b"\x1dv0\x00\x02\x00\x02\x00\xff\x00\x00\x00", bytes(klov.Receipt().picture(image)))
+        wide = bytes(klov.Receipt().picture(Image.new("RGBA", (2000, 10))))
         self.assertIn(b"\x1dv0\x00\x48\x00\x02\x00" + bytes(144), wide)
 
 
