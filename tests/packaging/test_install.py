@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -88,6 +89,20 @@ class Consumers(unittest.TestCase):
         self.assertEqual(run(build + "/shared"), ANSWER)
         self.assertEqual(run(build + "/static"), ANSWER)
         self.assertNotIn("libklov", " ".join(needed(build + "/static")))
+
+
+class PythonPackage(unittest.TestCase):
+    @unittest.skipUnless(os.path.exists(os.path.join(BUILD, "python", "klov", "commands.py")), "no Python package")
+    def test_it_is_imported_from_where_it_was_installed(self):
+        run(CMAKE, "--install", BUILD, "--component", "python", "--prefix", stage)
+        libraries = os.path.dirname(find(stage, "libklov.so.0"))
+        folder = os.path.dirname(os.path.dirname(find(stage, "receipt.py")))
+        environment = dict(os.environ, PYTHONPATH=folder, LD_LIBRARY_PATH=libraries)
+        words = run(sys.executable, "-B", "-c", "import klov; print(klov.__file__, bytes(klov.Receipt()).hex())",
+                    env=environment).split()
+        self.assertTrue(words[0].startswith(stage))
+        self.assertEqual(words[1], "1b40")
+        self.assertTrue(os.path.exists(os.path.join(folder, "klov", "py.typed")))
 
 
 class Places(unittest.TestCase):
