@@ -21,6 +21,9 @@
 #define KLOV_VERSION_STRING \
     KLOV_QUOTED(KLOV_VERSION_MAJOR) "." KLOV_QUOTED(KLOV_VERSION_MINOR) "." KLOV_QUOTED(KLOV_VERSION_PATCH)
 
+/** The version that brought the commands as they are: the encoders' functions and bytes. The filter's log tells it. */
+#define KLOV_COMMANDS_VERSION_STRING "0.1.0"
+
 /** The version of the library that the program runs with, as KLOV_VERSION_STRING was when it was built. */
 KLOV_API const char *klov_version(void);
 
