@@ -1,6 +1,6 @@
 # cmake --install: filter and driver file where CUPS looks for them, library, headers, tools and manual pages where
-# Debian does. Components: driver, library, development (and preview,
-# which the virtual printer installs by itself).
+# Debian does. Components: driver, library, development (and preview and
+# python, which the virtual printer and the Python package install by themselves).
 
 include(CMakePackageConfigHelpers)
 
@@ -34,12 +34,12 @@ install(TARGETS klov EXPORT klovTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(TARGETS klov_static EXPORT klovTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/klov DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
 install(EXPORT klovTargets NAMESPACE klov:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/klovConfig.cmake.in
   ${PROJECT_BINARY_DIR}/klovConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/klovConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/klovConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 configure_file(${PROJECT_SOURCE_DIR}/packaging/klov.pc.in ${PROJECT_BINARY_DIR}/klov.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/klovConfig.cmake ${PROJECT_BINARY_DIR}/klovConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/klov COMPONENT development)

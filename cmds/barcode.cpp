@@ -6,7 +6,7 @@
 // The symbols of GS ( k, by the byte that names them in its frame.
 enum symbol : uint8_t { pdf417 = 0x30, qr_code = 0x31 };
 
-// The whole value is tested, from above only: a negative n has always been sent on as its low byte.
+// The whole value is tested, from above only: a negative n goes out as its low byte.
 int32_t klov_cmd_select_print_position_HRI_characters(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                       uint32_t *len)
 {
@@ -41,7 +41,7 @@ int32_t klov_cmd_print_bar_code(uint32_t printer_class, int32_t m, const uint8_t
         return KLOV_OK;
     }
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 4);
+    const int32_t refusal = admit_data(printer_class, out, 4, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -50,12 +50,10 @@ int32_t klov_cmd_print_bar_code(uint32_t printer_class, int32_t m, const uint8_t
     if (!terminated && !counted) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x6B, m);
     if (counted) {
-        append(out, k);
-        append_data(out, data, k);
+        append_with_data(out, data, k, 0x1D, 0x6B, m, k);
     } else {
-        append_data(out, data, k);
+        append_with_data(out, data, k, 0x1D, 0x6B, m);
         append(out, 0x00);
     }
     return KLOV_OK;
@@ -73,8 +71,7 @@ static int32_t emit_symbol_function(bool valid, uint32_t printer_class, command_
 static void append_symbol_data(command_buffer out, symbol which, const uint8_t *data, uint32_t k)
 {
     const uint32_t count = k + 3;
-    append(out, 0x1D, 0x28, 0x6B, low_byte(count), second_byte(count), which, 0x50, 0x30);
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1D, 0x28, 0x6B, low_byte(count), second_byte(count), which, 0x50, 0x30);
 }
 
 int32_t klov_cmd_pdf417_set_the_number_of_columns_in_the_data_region(uint32_t printer_class, int32_t n, uint8_t *buf,
@@ -122,11 +119,11 @@ int32_t klov_cmd_pdf417_store_the_data_in_the_symbol_storage_area(uint32_t print
                                                                   uint32_t k, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 8);
+    const int32_t refusal = admit_data(printer_class, out, 8, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (k < 1 || k > 65532) {
+    if (k < 1 || k > 65532 || !has_data(data, k)) {
         return KLOV_E_PARAMETER;
     }
     append_symbol_data(out, pdf417, data, k);
@@ -164,14 +161,13 @@ int32_t klov_cmd_qr_select_the_error_correction_level(uint32_t printer_class, in
     return emit_symbol_function(valid, printer_class, {buf, cap, len}, qr_code, 0x45, n);
 }
 
-// Room is asked for the frame only, not for the data behind it, and k is not tested: the caller answers for k + 8
-// bytes.
+// Room is asked for the frame only, not for the data behind it, and k is not held to a range: the caller answers for
+// k + 8 bytes.
 int32_t klov_cmd_qr_store_the_data_in_the_symbol_storage_area(uint32_t printer_class, const uint8_t *data, uint32_t k,
                                                               uint8_t *buf, uint32_t cap, uint32_t *len)
 {
-    constexpr uint32_t frame = 8;
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, frame);
+    const int32_t refusal = admit_data(printer_class, out, 8, k, data_room::not_asked);
     if (refusal != KLOV_OK) {
         return refusal;
     }

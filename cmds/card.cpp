@@ -59,12 +59,14 @@ int32_t klov_cmd_smart_card_select_file(uint32_t printer_class, const uint8_t *d
                                         uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 12);
+    const int32_t refusal = admit_data(printer_class, out, 12, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    append(out, 0x1B, 0x4E, 0x15, 0x00, 0x00, k + 6, 0x00, 0xA4, 0x04, 0x00, k);
-    append_data(out, data, k);
+    if (!has_data(data, k)) {
+        return KLOV_E_PARAMETER;
+    }
+    append_with_data(out, data, k, 0x1B, 0x4E, 0x15, 0x00, 0x00, k + 6, 0x00, 0xA4, 0x04, 0x00, k);
     append(out, 0x00);
     return KLOV_OK;
 }
@@ -81,7 +83,7 @@ int32_t klov_cmd_smart_card_read_record(uint32_t printer_class, int32_t r, int32
 }
 
 // A frame of the encrypting head: ESC M S, the number of bytes that follow (high byte first), STX, the body, ETX and a
-// check byte. The check byte is a constant of its command: the head takes it whatever the parameter is.
+// check byte. The check byte is a constant of its command, whatever the parameter is.
 template <typename... Byte>
 static int32_t emit_head_frame(bool valid, uint32_t printer_class, command_buffer out, uint8_t check, Byte... body)
 {
@@ -132,23 +134,25 @@ int32_t klov_cmd_eh_set_encryption_all_track(uint32_t printer_class, uint8_t *bu
     return emit_head_frame(true, printer_class, {buf, cap, len}, 0xD8, 0x53, 0x84, 0x01, 0x0F);
 }
 
-// The head wants its attestation data twice, so both frames are admitted together. k counts as one byte, and the room
+// The attestation data go out twice, so both frames are admitted together. k counts as one byte, and the room
 // is asked for before it is known to be 8.
 int32_t klov_cmd_eh_send_attestation_data(uint32_t printer_class, const uint8_t *data, uint32_t k, uint8_t *buf,
                                           uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, (size + 11U) * 2);
+    const int32_t refusal = admit_data(printer_class, out, 22, 2U * size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (size != 8) {
+    if (size != 8 || !has_data(data, size)) {
         return KLOV_E_PARAMETER;
     }
+    // The first frame may be written over the caller's data.
+    uint8_t attestation[8];
+    memcpy(attestation, data, sizeof attestation);
     for (int frame = 0; frame < 2; ++frame) {
-        append(out, 0x1B, 0x4D, 0x53, 0x00, 0x0E, 0x02, 0x53, 0x74, 0x08);
-        append_data(out, data, size);
+        append_with_data(out, attestation, size, 0x1B, 0x4D, 0x53, 0x00, 0x0E, 0x02, 0x53, 0x74, 0x08);
         append(out, 0x03, 0x48);
     }
     return KLOV_OK;

@@ -145,15 +145,14 @@ int32_t klov_cmd_enable_real_time_command(uint32_t printer_class, int32_t p, con
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, size + 6U);
+    const int32_t refusal = admit_data(printer_class, out, 6, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (low_byte(p) != 3 && low_byte(p) != 5) {
+    if ((low_byte(p) != 3 && low_byte(p) != 5) || !has_data(data, size)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x28, 0x44, p, 0x00, 0x14);
-    append_data(out, data, size);
+    append_with_data(out, data, size, 0x1D, 0x28, 0x44, p, 0x00, 0x14);
     return KLOV_OK;
 }
 
@@ -175,15 +174,14 @@ int32_t klov_cmd_select_the_number_of_parts_for_the_thermal_head_energizing(uint
 static int32_t emit_shape(uint32_t printer_class, command_buffer out, uint8_t function, uint32_t shape_size,
                           const uint8_t *data, uint32_t k)
 {
-    const int32_t refusal = admit(printer_class, out, k + 6);
+    const int32_t refusal = admit_data(printer_class, out, 6, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (k != shape_size) {
+    if (k != shape_size || !has_data(data, k)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x28, 0x51, k, 0x00, function);
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1D, 0x28, 0x51, k, 0x00, function);
     return KLOV_OK;
 }
 
@@ -214,16 +212,15 @@ int32_t klov_cmd_write_to_nv_user_memory(uint32_t printer_class, uint32_t a, int
                                          uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, k + 10);
+    const int32_t refusal = admit_data(printer_class, out, 10, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
     const bool sized = in_range(n, 1, 1024) && k == static_cast<uint32_t>(n);
-    if (!sized || !is_printable(data, k)) {
+    if (!sized || !has_data(data, k) || !is_printable(data, k)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1C, 0x67, 0x31, 0x00, a, a >> 8, a >> 16, a >> 24, low_byte(n), second_byte(n));
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1C, 0x67, 0x31, 0x00, a, a >> 8, a >> 16, a >> 24, low_byte(n), second_byte(n));
     return KLOV_OK;
 }
 
@@ -236,7 +233,7 @@ int32_t klov_cmd_read_from_nv_user_memory(uint32_t printer_class, uint32_t a, in
 }
 
 // An unknown op succeeds without writing: the three bytes at buf + *len stay what they were, and count as appended.
-// Callers rely on every op growing the buffer alike.
+// That is part of the interface: every op grows the buffer alike.
 int32_t klov_cmd_usb_ctl(uint32_t printer_class, int32_t op, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     if ((printer_class & class_usb_control) == 0) {

@@ -6,7 +6,7 @@
 // ---- Bit images ----
 
 // The data may come later: without it the command still grows by k, and the caller fills those bytes. A k from -5 to -1
-// takes back part of the header from *len.
+// takes back part of the header from *len, so that the length is meant to wrap here.
 int32_t klov_cmd_select_bit_image_mode(uint32_t printer_class, int32_t m, int32_t n, const uint8_t *data, int32_t k,
                                        uint8_t *buf, uint32_t cap, uint32_t *len)
 {
@@ -20,15 +20,16 @@ int32_t klov_cmd_select_bit_image_mode(uint32_t printer_class, int32_t m, int32_
     if ((!high && !in_range(mode, 0, 1)) || !in_range(n, 1, 2047)) {
         return KLOV_E_PARAMETER;
     }
-    const bool has_data = data != nullptr && k > 0;
+    const bool data_given = data != nullptr && k > 0;
     const int32_t expected = n * (mode < 33 ? 1 : 3) * (mode % 2 == 1 ? 2 : 1);
-    if (has_data && k != expected) {
+    if (data_given && k != expected) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1B, 0x2A, mode, low_byte(n), second_byte(n));
-    if (has_data) {
-        memcpy(buf + *len, data, static_cast<uint32_t>(k));
+    if (data_given) {
+        append_with_data(out, data, static_cast<uint32_t>(k), 0x1B, 0x2A, mode, low_byte(n), second_byte(n));
+        return KLOV_OK;
     }
+    append(out, 0x1B, 0x2A, mode, low_byte(n), second_byte(n));
     *len += static_cast<uint32_t>(k);
     return KLOV_OK;
 }
@@ -40,43 +41,36 @@ int32_t klov_cmd_print_NV_bit_image(uint32_t printer_class, int32_t n, int32_t m
                    n, m);
 }
 
-// Variable length. The images describe their own sizes inside the data, which is not looked at. As nothing else bounds
-// k, a length that wraps is refused here: no buffer holds it.
+// The images describe their own sizes inside the data, which is not looked at.
 int32_t klov_cmd_define_nv_bit_image_fmode(uint32_t printer_class, int32_t n, const uint8_t *data, uint32_t k,
                                            uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, 3 + k);
+    const int32_t refusal = admit_data(printer_class, out, 3, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (k > UINT32_MAX - 3) {
-        return KLOV_E_BUFFER_TOO_SMALL;
-    }
-    if (low_byte(n) == 0) {
+    if (low_byte(n) == 0 || !has_data(data, k)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1C, 0x71, n);
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1C, 0x71, n);
     return KLOV_OK;
 }
 
-// Variable length.
 int32_t klov_cmd_define_downloaded_bit_image(uint32_t printer_class, int32_t x, int32_t y, const uint8_t *data,
                                              uint32_t k, uint8_t *buf, uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
-    const int32_t refusal = admit(printer_class, out, 4 + k);
+    const int32_t refusal = admit_data(printer_class, out, 4, k);
     if (refusal != KLOV_OK) {
         return refusal;
     }
     const uint32_t width = low_byte(x);
     const uint32_t height = low_byte(y);
-    if (width == 0 || height == 0 || k != width * height * 8) {
+    if (width == 0 || height == 0 || k != width * height * 8 || !has_data(data, k)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x2A, x, y);
-    append_data(out, data, k);
+    append_with_data(out, data, k, 0x1D, 0x2A, x, y);
     return KLOV_OK;
 }
 
@@ -198,16 +192,6 @@ bool fits_two_bytes(uint32_t parameter_length)
     return parameter_length < 65536;
 }
 
-void append_head(command_buffer out, uint8_t long_form_letter, uint32_t parameter_length)
-{
-    if (fits_two_bytes(parameter_length)) {
-        append(out, 0x1D, 0x28, 0x4C, low_byte(parameter_length), second_byte(parameter_length));
-        return;
-    }
-    append(out, 0x1D, long_form_letter, 0x4C, low_byte(parameter_length), second_byte(parameter_length),
-           low_byte(parameter_length >> 16), low_byte(parameter_length >> 24));
-}
-
 struct image {
     int32_t x;
     int32_t y;
@@ -215,32 +199,44 @@ struct image {
     uint32_t size;
 };
 
+template <typename... Byte>
+void append_image(command_buffer out, uint8_t long_form_letter, uint32_t parameter_length, const image &picture,
+                  Byte... parameter)
+{
+    const uint8_t low = low_byte(parameter_length);
+    const uint8_t second = second_byte(parameter_length);
+    if (fits_two_bytes(parameter_length)) {
+        append_with_data(out, picture.data, picture.size, 0x1D, 0x28, 0x4C, low, second, parameter...);
+        return;
+    }
+    append_with_data(out, picture.data, picture.size, 0x1D, long_form_letter, 0x4C, low, second,
+                     low_byte(parameter_length >> 16), low_byte(parameter_length >> 24), parameter...);
+}
+
 struct definition {
     uint8_t function;
     uint8_t colour;
     data_order order;
 };
 
-// The four define functions. The printers take the long form under the short form's letter.
+// The four define functions. Their long form goes out under the short form's letter.
 int32_t define_graphics(const definition &what, uint32_t printer_class, int32_t kc1, int32_t kc2, const image &picture,
                         command_buffer out)
 {
     const uint32_t parameter_length = picture.size + 11;
     const uint32_t head = fits_two_bytes(parameter_length) ? 5 : 7;
-    const int32_t refusal = admit(printer_class, out, head + 11 + picture.size);
+    const int32_t refusal = admit_data(printer_class, out, head + 11, picture.size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
     const int32_t x = picture.x;
     const int32_t y = picture.y;
     if (!is_key_code(kc1, kc2) || !in_range(x, 1, 8192) || !in_range(y, 1, 2304) ||
-        picture.size != image_size(what.order, x, y)) {
+        picture.size != image_size(what.order, x, y) || !has_data(picture.data, picture.size)) {
         return KLOV_E_PARAMETER;
     }
-    append_head(out, 0x28, parameter_length);
-    append(out, 0x30, what.function, 0x30, kc1, kc2, 0x01, low_byte(x), second_byte(x), low_byte(y), second_byte(y),
-           what.colour);
-    append_data(out, picture.data, picture.size);
+    append_image(out, 0x28, parameter_length, picture, 0x30, what.function, 0x30, kc1, kc2, 0x01, low_byte(x),
+                 second_byte(x), low_byte(y), second_byte(y), what.colour);
     return KLOV_OK;
 }
 
@@ -293,7 +289,7 @@ int32_t store_graphics(const storing &what, uint32_t printer_class, int32_t bx, 
 {
     const uint32_t parameter_length = picture.size + what.parameter_overhead;
     const uint32_t head = fits_two_bytes(parameter_length) ? 5 : 7;
-    const int32_t refusal = admit(printer_class, out, head + 10 + picture.size);
+    const int32_t refusal = admit_data(printer_class, out, head + 10, picture.size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
@@ -301,12 +297,12 @@ int32_t store_graphics(const storing &what, uint32_t printer_class, int32_t bx, 
     const int32_t y = picture.y;
     const int32_t most_rows = low_byte(by) == 1 ? 1662 : 831;
     if (!in_range(low_byte(bx), 1, 2) || !in_range(low_byte(by), 1, 2) || !in_range(x, 1, 2047) ||
-        !in_range(y, 1, most_rows) || picture.size != image_size(what.order, x, y)) {
+        !in_range(y, 1, most_rows) || picture.size != image_size(what.order, x, y) ||
+        !has_data(picture.data, picture.size)) {
         return KLOV_E_PARAMETER;
     }
-    append_head(out, what.long_form_letter, parameter_length);
-    append(out, 0x30, 0x70, 0x30, bx, by, 0x31, low_byte(x), second_byte(x), low_byte(y), second_byte(y));
-    append_data(out, picture.data, picture.size);
+    append_image(out, what.long_form_letter, parameter_length, picture, 0x30, 0x70, 0x30, bx, by, 0x31, low_byte(x),
+                 second_byte(x), low_byte(y), second_byte(y));
     return KLOV_OK;
 }
 

@@ -92,7 +92,7 @@ int32_t klov_cmd_select_or_cancel_defined_charater_set(uint32_t printer_class, i
     return emit(printer_class, {buf, cap, len}, 0x1B, 0x25, n);
 }
 
-// Variable length. The data is one shape of x columns, three bytes high, even for a range of codes. The product is not
+// The data is one shape of x columns, three bytes high, even for a range of codes. The product is not
 // cut to a byte, so 86 columns and more cannot be defined.
 int32_t klov_cmd_define_user_defined_characters(uint32_t printer_class, int32_t c1, int32_t c2, int32_t x,
                                                 const uint8_t *data, int32_t k, uint8_t *buf, uint32_t cap,
@@ -100,17 +100,17 @@ int32_t klov_cmd_define_user_defined_characters(uint32_t printer_class, int32_t 
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t size = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, 6U + size);
+    const int32_t refusal = admit_data(printer_class, out, 6, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
     const uint8_t first = low_byte(c1);
     const uint8_t last = low_byte(c2);
-    if (size != 3 * low_byte(x) || !in_range(first, 32, 126) || !in_range(last, 32, 126) || first > last) {
+    const bool codes_fit = in_range(first, 32, 126) && in_range(last, 32, 126) && first <= last;
+    if (size != 3 * low_byte(x) || !codes_fit || !has_data(data, size)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1B, 0x26, 0x03, first, last, x);
-    append_data(out, data, size);
+    append_with_data(out, data, size, 0x1B, 0x26, 0x03, first, last, x);
     return KLOV_OK;
 }
 
@@ -156,8 +156,8 @@ int32_t klov_cmd_turn90_clockwise_rotation_mode_on_off(uint32_t printer_class, i
 }
 
 // Asks for no room: callers bring a buffer for the longer form. Mode 1 enters the user setting mode ("IN"), stores
-// customised value 8, asks for it back and leaves the mode ("OUT"). The second 01 "IN" belongs to no command, but it is
-// part of the sequence that the printers are known to take.
+// customised value 8, asks for it back and leaves the mode ("OUT"). The second 01 "IN" belongs to no command, and is
+// part of the sequence all the same.
 int32_t klov_cmd_select_character_code_table(uint32_t printer_class, int32_t n, int32_t mode, uint8_t *buf,
                                              uint32_t cap, uint32_t *len)
 {
@@ -219,21 +219,19 @@ int32_t klov_cmd_set_relative_print_position(uint32_t printer_class, int32_t n, 
     return emit_if(in_range(n, -32768, 32767), printer_class, {buf, cap, len}, 0x1B, 0x5C, low_byte(n), second_byte(n));
 }
 
-// Variable length.
 int32_t klov_cmd_set_horizontal_tab_positions(uint32_t printer_class, const uint8_t *data, int32_t k, uint8_t *buf,
                                               uint32_t cap, uint32_t *len)
 {
     const command_buffer out = {buf, cap, len};
     const uint8_t count = low_byte(k);
-    const int32_t refusal = admit(printer_class, out, 3U + count);
+    const int32_t refusal = admit_data(printer_class, out, 3, count);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (count > 32) {
+    if (count > 32 || !has_data(data, count)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1B, 0x44);
-    append_data(out, data, count);
+    append_with_data(out, data, count, 0x1B, 0x44);
     append(out, 0x00);
     return KLOV_OK;
 }

@@ -16,15 +16,15 @@ int32_t klov_cmd_print_raster_bit_image(uint32_t printer_class, int32_t m, int32
 {
     const command_buffer out = {buf, cap, len};
     const uint32_t size = static_cast<uint32_t>(xBytes) * static_cast<uint32_t>(yDots);
-    const int32_t refusal = admit(printer_class, out, 8 + size);
+    const int32_t refusal = admit_data(printer_class, out, 8, size);
     if (refusal != KLOV_OK) {
         return refusal;
     }
-    if (!number_or_digit(low_byte(m), 0, 3) || !in_range(xBytes, 1, 128) || !in_range(yDots, 1, 2303)) {
+    const bool valid = number_or_digit(low_byte(m), 0, 3) && in_range(xBytes, 1, 128) && in_range(yDots, 1, 2303);
+    if (!valid || !has_data(data, size)) {
         return KLOV_E_PARAMETER;
     }
-    append(out, 0x1D, 0x76, 0x30, m, xBytes, 0x00, low_byte(yDots), second_byte(yDots));
-    append_data(out, data, size);
+    append_with_data(out, data, size, 0x1D, 0x76, 0x30, m, xBytes, 0x00, low_byte(yDots), second_byte(yDots));
     return KLOV_OK;
 }
 
@@ -56,7 +56,7 @@ int32_t klov_cmd_print_and_feed_paper(uint32_t printer_class, int32_t n, uint8_t
     return KLOV_OK;
 }
 
-// Printers take 0 and 1 as full and partial cut without a feed; 65 and 66 are the same cuts after feeding n.
+// 0 and 1 are the cuts of the command without a feed; 65 and 66 are the same cuts after feeding n.
 int32_t klov_cmd_select_cut_mode_and_feed_paper(uint32_t printer_class, int32_t m, int32_t n, uint8_t *buf,
                                                 uint32_t cap, uint32_t *len)
 {
@@ -93,7 +93,7 @@ int32_t klov_cmd_beep_integrated_beeper(uint32_t printer_class, int32_t n, int32
                    0x64, n, c, t);
 }
 
-// A connector must rest at least as long as it was driven, so an off time below the on time is raised to it.
+// An off time below the on time is raised to it: a solenoid rests at least as long as it was driven.
 int32_t klov_cmd_generate_pulse(uint32_t printer_class, int32_t m, int32_t t1, int32_t t2, uint8_t *buf, uint32_t cap,
                                 uint32_t *len)
 {

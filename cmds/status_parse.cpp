@@ -40,7 +40,7 @@ int32_t klov_cmd_parse_ASB_status(uint32_t printer_class, const uint8_t *asb, pr
 }
 
 // Unlike the other parsers this one needs the record, even just to test the byte. The reply to n = 2 carries the drawer
-// level in bit 0, and it goes to paper_end and cover_open: callers read those two.
+// level in bit 0, which goes to paper_end and cover_open and not to drawer_pin3.
 int32_t klov_cmd_parse_transmit_status(uint32_t printer_class, int32_t n, int32_t reply, printer_status *status)
 {
     if (!is_escpos(printer_class) || !in_range(n, 1, 2) || (reply & 0x90) != 0 || status == nullptr) {

@@ -48,8 +48,7 @@ void open_diagnostics()
     }
     setbuf(stderr, nullptr);
     msg(level_info, "rastertoklov filter started");
-    log_line("DEBUG: rastertoklov compiled with KLOV library version %d.%d.%d\n", KLOV_VERSION_MAJOR,
-             KLOV_VERSION_MINOR, KLOV_VERSION_PATCH);
+    log_line("DEBUG: rastertoklov compiled with KLOV library version %s\n", KLOV_COMMANDS_VERSION_STRING);
 }
 
 // A vanished backend or scheduler, and a limit on the size of files, must show as a failed write and not kill the

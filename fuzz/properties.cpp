@@ -13,7 +13,7 @@ constexpr uint32_t most_room = 4096;
 printer_model *some_model(fuzz::Input &input)
 {
     printer_model *model = nullptr;
-    const model_brief &row = model_brief_table[input.byte() % catalogue_rows];
+    const model_brief &row = model_rows[input.byte() % catalogue_rows];
     klov_printer_model_creator2(row.model_name, &model);
     return model;
 }
@@ -59,14 +59,14 @@ void query_ids(fuzz::Input &input)
     const IdQuery query =
         input.byte() % 2 == 0 ? klov_printer_model_id_get_property : klov_printer_model_id_get_property_wchar;
     const uint8_t choice = input.byte();
-    ask(query, choice < 200 ? model_brief_table[choice % catalogue_rows].id : input.number(), input);
+    ask(query, choice < 200 ? model_rows[choice % catalogue_rows].id : input.number(), input);
 }
 
 void list_names(fuzz::Input &input)
 {
     const uint8_t choice = input.byte();
     const std::string text = input.text();
-    const char *brand = choice < 200 ? model_brief_table[choice % catalogue_rows].manufacturer : text.c_str();
+    const char *brand = choice < 200 ? model_rows[choice % catalogue_rows].manufacturer : text.c_str();
     const uint32_t size = 4 * (input.number() % (most_room / 4));
     fuzz::Fenced buffer(std::max(size, 4U));
     int32_t total = -1;

@@ -4,15 +4,39 @@
 
 #include <string.h>
 
-constexpr model_brief model_brief_table[] = {
+constexpr model_brief model_rows[] = {
 #include "model_table.inc"
 };
+constexpr int32_t row_count = catalogue_rows;
+static_assert(row_count >= MODEL_BRIEF_ROWS, "models.txt lost a row: programs rely on the first ones");
+static_assert(model_rows[row_count - 1].id == 0xFFFFFFFF, "the closing row is the last");
+
+// The public name of the rows. A program that was linked to a shorter table has a copy of it, as long as the table was
+// then, and the name means that copy in here too. So the library reads its own rows, as many as there are now, and says
+// the public name only for the rows that every copy has.
+extern "C" __attribute__((alias("klov_model_rows"))) const model_brief model_brief_table[MODEL_BRIEF_ROWS];
+
+static const model_brief *public_row(const model_brief &row)
+{
+    const ptrdiff_t index = &row - model_rows;
+    return index < MODEL_BRIEF_ROWS ? &model_brief_table[index] : &row;
+}
+
+int32_t klov_model_count(void)
+{
+    return row_count - 1;
+}
+
+const model_brief *klov_model_at(int32_t index)
+{
+    return index >= 0 && index < row_count - 1 ? public_row(model_rows[index]) : nullptr;
+}
 
 const model_brief *klov_printer_model_brief_find_by_id(uint32_t id)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         if (row.id == id) {
-            return &row;
+            return public_row(row);
         }
     }
     return nullptr;
@@ -24,7 +48,7 @@ int32_t klov_printer_model_brief_find_by_id2(uint32_t id, model_brief *out)
     if (out == nullptr) {
         return KLOV_E_PARAMETER;
     }
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         if (row.id == id) {
             out->id = row.id;
             out->model_name = row.model_name;
@@ -37,9 +61,9 @@ int32_t klov_printer_model_brief_find_by_id2(uint32_t id, model_brief *out)
 
 const model_brief *klov_printer_model_brief_find_by_name(const char *name)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         if (strcmp(row.model_name, name) == 0) {
-            return &row;
+            return public_row(row);
         }
     }
     return nullptr;
@@ -47,9 +71,9 @@ const model_brief *klov_printer_model_brief_find_by_name(const char *name)
 
 const model_brief *klov_printer_model_brief_find_by_identity(const char *identity)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         if (strcmp(row.identity, identity) == 0) {
-            return &row;
+            return public_row(row);
         }
     }
     return nullptr;
@@ -85,7 +109,7 @@ int32_t klov_printer_model_get_manufacture_modelnames(const char *manufacturer, 
     *total_out = 0;
     int32_t total = 0;
     int32_t position = 0;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         if (strcmp(row.manufacturer, manufacturer) != 0) {
             continue;
         }

@@ -1,11 +1,9 @@
 // Model instances: made, refilled, kept for the id queries, given back.
 #include "model/instance.h"
 
-#include "model/rows.h"
-
 #include <stdlib.h>
 
-printer_model *models_table[catalogue_rows];
+printer_model *models_table[MODEL_BRIEF_ROWS];
 
 namespace {
 

@@ -4,11 +4,7 @@
  * and the encrypting magnetic head (frames inside ESC M S). These encoders build the requests; the caller reads the
  * replies.
  *
- * Every encoder appends one command at buf + *len and raises *len by its length, on success only. It checks, in this
- * order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or a room cap - *len below the command's length
- * (KLOV_E_BUFFER_TOO_SMALL; the difference is unsigned, so a *len beyond cap wraps and passes), the parameters in the
- * order of the argument list (KLOV_E_PARAMETER). Parameters are tested and sent as their low 8 bits unless a function
- * says otherwise.
+ * What every command keeps to is in klov/klov.h.
  */
 #ifndef KLOV_CARD_H
 #define KLOV_CARD_H
@@ -77,7 +73,7 @@ KLOV_API int32_t klov_cmd_selecting_mode_of_reading_smart_card(uint32_t printer_
  * Selecting mode of operate smart card.
  *
  * - Bytes: 1B 4E n
- * - n: the operation; any value, low 8 bits.
+ * - n: the operation, by the printer's manual; any.
  */
 KLOV_API int32_t klov_cmd_selecting_mode_of_operate_smart_card(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                                uint32_t cap, uint32_t *len);
@@ -112,7 +108,7 @@ KLOV_API int32_t klov_cmd_smart_card_select_file(uint32_t printer_class, const u
  * Smart card: Get response.
  *
  * - Bytes: 1B 4E 15 00 00 06 00 C0 00 00 00 n
- * - n: expected length of the response in bytes; any value, low 8 bits.
+ * - n: expected length of the response in bytes: any.
  */
 KLOV_API int32_t klov_cmd_smart_card_get_response(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                   uint32_t *len);
@@ -121,7 +117,7 @@ KLOV_API int32_t klov_cmd_smart_card_get_response(uint32_t printer_class, int32_
  * Smart card: Read record.
  *
  * - Bytes: 1B 4E 15 00 00 06 00 B2 r p 00 le
- * - r: record number; p: reference byte; le: expected length in bytes. Any values, low 8 bits.
+ * - r: record number; p: reference byte; le: expected length in bytes. Any values.
  */
 KLOV_API int32_t klov_cmd_smart_card_read_record(uint32_t printer_class, int32_t r, int32_t p, int32_t le, uint8_t *buf,
                                                  uint32_t cap, uint32_t *len);
@@ -153,7 +149,7 @@ KLOV_API int32_t klov_cmd_eh_request_attestation_data(uint32_t printer_class, ui
  * Encrypting head: Set encryption type.
  *
  * - Bytes: 1B 4D 53 00 07 02 53 58 01 n 03 3B
- * - n: 48 or 49; low 8 bits. The last byte is the same for both.
+ * - n: 48 or 49. The last byte is the same for both.
  */
 KLOV_API int32_t klov_cmd_eh_set_encryption_type(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                  uint32_t *len);
@@ -162,7 +158,7 @@ KLOV_API int32_t klov_cmd_eh_set_encryption_type(uint32_t printer_class, int32_t
  * Encrypting head: Enable.
  *
  * - Bytes: 1B 4D 53 00 07 02 53 1A 01 n 03 78
- * - n: 48 or 49; low 8 bits. The last byte is the same for both.
+ * - n: 48 or 49. The last byte is the same for both.
  */
 KLOV_API int32_t klov_cmd_eh_enable(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -170,7 +166,7 @@ KLOV_API int32_t klov_cmd_eh_enable(uint32_t printer_class, int32_t n, uint8_t *
  * Encrypting head: Set encryption mode.
  *
  * - Bytes: 1B 4D 53 00 07 02 53 4C 01 n 03 2E
- * - n: 48-50; low 8 bits. The last byte is the same for all.
+ * - n: 48-50. The last byte is the same for all.
  */
 KLOV_API int32_t klov_cmd_eh_set_encryption_mode(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                  uint32_t *len);

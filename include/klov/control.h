@@ -4,11 +4,7 @@
  * drawer and buzzer pulses, real-time requests, buffer clearing, power-off, macros, test print, print control and head
  * energising, line and rectangle drawing, the NV user memory and the USB control sequences.
  *
- * Every encoder appends one command at buf + *len and raises *len by its length, on success only. It checks, in this
- * order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or a room cap - *len below the command's length
- * (KLOV_E_BUFFER_TOO_SMALL; the difference is unsigned, so a *len beyond cap wraps and passes), the parameters in the
- * order of the argument list (KLOV_E_PARAMETER). Parameters are tested and sent as their low 8 bits unless a function
- * says otherwise.
+ * What every command keeps to is in klov/klov.h.
  */
 #ifndef KLOV_CONTROL_H
 #define KLOV_CONTROL_H
@@ -16,6 +12,31 @@
 #include <klov/export.h>
 #include <klov/result.h>
 #include <stdint.h>
+
+/** Modes of klov_cmd_select_cut_mode_and_cut_paper(), which cuts where the paper stands. */
+enum klov_cut {
+    KLOV_CUT_FULL = 0,   /**< cut through */
+    KLOV_CUT_PARTIAL = 1 /**< leave a bridge */
+};
+
+/** What a label feed does when the label stands where it is to go already. */
+enum klov_label_feed {
+    KLOV_LABEL_FEED_TO_POSITION = 48, /**< nothing: the label is there */
+    KLOV_LABEL_FEED_TO_NEXT = 49      /**< go on to the next label */
+};
+
+/** Requests of klov_cmd_send_real_time_request_to_printer(), after an error that can be recovered from. */
+enum klov_request {
+    KLOV_REQUEST_CONTINUE = 1, /**< go on with the line at which printing stopped */
+    KLOV_REQUEST_CLEAR = 2     /**< drop what was received, then go on */
+};
+
+/** Patterns of klov_cmd_execute_test_print(). */
+enum klov_test_pattern {
+    KLOV_TEST_HEX_DUMP = 1, /**< print what comes in as hexadecimal numbers from now on */
+    KLOV_TEST_STATUS = 2,   /**< print the printer's settings */
+    KLOV_TEST_ROLLING = 3   /**< print all characters, shifted from line to line */
+};
 
 /**
  * Initialize printer.
@@ -49,7 +70,7 @@ KLOV_API int32_t klov_cmd_return_home(uint32_t printer_class, uint8_t *buf, uint
  * Select unidirectional print mode.
  *
  * - Bytes: 1B 55 n
- * - n: bit 0 switches it on; any value, low 8 bits.
+ * - n: bit 0 switches it on: any.
  */
 KLOV_API int32_t klov_cmd_select_unidirectional_print_mode(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                            uint32_t cap, uint32_t *len);
@@ -58,7 +79,7 @@ KLOV_API int32_t klov_cmd_select_unidirectional_print_mode(uint32_t printer_clas
  * Select peripheral device.
  *
  * - Bytes: 1B 3D n
- * - n: 1-3, one bit per device; low 8 bits.
+ * - n: 1-3, one bit per device.
  */
 KLOV_API int32_t klov_cmd_select_peripheral_device(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                    uint32_t *len);
@@ -83,7 +104,7 @@ KLOV_API int32_t klov_cmd_partial_cut_three_point_left_uncut(uint32_t printer_cl
  * Select cut mode and cut paper, without a feed before it.
  *
  * - Bytes: 1D 56 m
- * - m: 0 or 48 full cut, 1 or 49 partial cut; low 8 bits.
+ * - m: enum klov_cut, 0 or 48, 1 or 49.
  */
 KLOV_API int32_t klov_cmd_select_cut_mode_and_cut_paper(uint32_t printer_class, int32_t m, uint8_t *buf, uint32_t cap,
                                                         uint32_t *len);
@@ -99,7 +120,7 @@ KLOV_API int32_t klov_cmd_position_next_label(uint32_t printer_class, uint8_t *b
  * Feed paper to the label peeling position.
  *
  * - Bytes: 1C 28 4C 02 00 41 n
- * - n: 48 or 49; low 8 bits.
+ * - n: enum klov_label_feed, 48 or 49.
  */
 KLOV_API int32_t klov_cmd_feed_paper_to_the_label_peeling_position(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                                    uint32_t cap, uint32_t *len);
@@ -108,7 +129,7 @@ KLOV_API int32_t klov_cmd_feed_paper_to_the_label_peeling_position(uint32_t prin
  * Feed paper to the cutting position.
  *
  * - Bytes: 1C 28 4C 02 00 42 n
- * - n: 48 or 49; low 8 bits.
+ * - n: enum klov_label_feed, 48 or 49.
  */
 KLOV_API int32_t klov_cmd_feed_paper_to_the_cutting_position(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                              uint32_t cap, uint32_t *len);
@@ -117,7 +138,7 @@ KLOV_API int32_t klov_cmd_feed_paper_to_the_cutting_position(uint32_t printer_cl
  * Feed paper to the print starting position.
  *
  * - Bytes: 1C 28 4C 02 00 43 n
- * - n: 48, 49 or 50; low 8 bits.
+ * - n: enum klov_label_feed, 48 or 49; or 50, in the printer's own meaning.
  */
 KLOV_API int32_t klov_cmd_feed_paper_to_the_print_starting_position(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                                     uint32_t cap, uint32_t *len);
@@ -126,7 +147,7 @@ KLOV_API int32_t klov_cmd_feed_paper_to_the_print_starting_position(uint32_t pri
  * Send real-time request to printer.
  *
  * - Bytes: 10 05 n
- * - n: 1 or 2; low 8 bits.
+ * - n: enum klov_request, 1 or 2.
  */
 KLOV_API int32_t klov_cmd_send_real_time_request_to_printer(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                             uint32_t cap, uint32_t *len);
@@ -135,9 +156,9 @@ KLOV_API int32_t klov_cmd_send_real_time_request_to_printer(uint32_t printer_cla
  * Generate pulse in real time, on the drawer kick-out connector.
  *
  * - Bytes: 10 14 01 m t'
- * - m: connector pin; any value, low 8 bits.
- * - t: on time, and off time after it: up to 100 in units of 100 ms, above 100 in milliseconds (t' = t / 100, remainder
- *   dropped). t' must be 1-8; the whole value is tested.
+ * - m: enum klov_pin (klov/printing.h), any.
+ * - t: on time, and off time after it: 1-8 in units of 100 ms (t' = t), or 101-899 in milliseconds (t' = t / 100,
+ *   remainder dropped). The whole value is tested; 9-100 are refused.
  */
 KLOV_API int32_t klov_cmd_generate_pulse_in_real_time(uint32_t printer_class, int32_t m, int32_t t, uint8_t *buf,
                                                       uint32_t cap, uint32_t *len);
@@ -163,7 +184,7 @@ KLOV_API int32_t klov_cmd_clearbuffer(uint32_t printer_class, uint8_t *buf, uint
  * Set buzzer.
  *
  * - Bytes: 12 27 77 10 n 0D 0A
- * - n: 0 or 2; the whole value is tested, so that 256 is refused.
+ * - n: 0 or 2, in the printer's own meaning; the whole value is tested, so that 256 is refused.
  */
 KLOV_API int32_t klov_cmd_set_buzzer(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -178,9 +199,9 @@ KLOV_API int32_t klov_cmd_start_macro_definition(uint32_t printer_class, uint8_t
  * Execute macro.
  *
  * - Bytes: 1D 5E r t m
- * - r: times to execute, 1-255; low 8 bits.
- * - t: wait before each time, in units of 100 ms; any value, low 8 bits.
- * - m: 0 at once, 1 after the feed button; low 8 bits.
+ * - r: times to execute, 1-255.
+ * - t: wait before each time, in units of 100 ms: any.
+ * - m: 0 at once, 1 after the feed button.
  */
 KLOV_API int32_t klov_cmd_execute_macro(uint32_t printer_class, int32_t r, int32_t t, int32_t m, uint8_t *buf,
                                         uint32_t cap, uint32_t *len);
@@ -189,8 +210,8 @@ KLOV_API int32_t klov_cmd_execute_macro(uint32_t printer_class, int32_t r, int32
  * Execute test print.
  *
  * - Bytes: 1D 28 41 02 00 n m
- * - n: paper, 0-2 or 48-50; low 8 bits.
- * - m: pattern, 1-3 or 49-51; low 8 bits.
+ * - n: paper: 0 or 48 the printer's basic one, 1 or 49 and 2 or 50 the roll.
+ * - m: enum klov_test_pattern, 1-3 or 49-51.
  */
 KLOV_API int32_t klov_cmd_execute_test_print(uint32_t printer_class, int32_t n, int32_t m, uint8_t *buf, uint32_t cap,
                                              uint32_t *len);
@@ -199,7 +220,7 @@ KLOV_API int32_t klov_cmd_execute_test_print(uint32_t printer_class, int32_t n, 
  * Enable/disable real-time command.
  *
  * - Bytes: 1D 28 44 p 00 14 d1...dk
- * - p: length of the command's parameters, 3 or 5; low 8 bits.
+ * - p: length of the command's parameters, 3 or 5.
  * - data, k: the parameters behind the function byte 14; k is taken as its low 8 bits and not compared with p. A caller
  *   passes k = p - 1.
  * - Caution: the room test comes before the test of p and asks for 6 bytes plus the low 8 bits of k.
@@ -211,7 +232,7 @@ KLOV_API int32_t klov_cmd_enable_real_time_command(uint32_t printer_class, int32
  * Select the print control mode.
  *
  * - Bytes: 1D 28 4B 02 00 30 n
- * - n: 0-4 or 48-52; low 8 bits.
+ * - n: 0-4 or 48-52.
  */
 KLOV_API int32_t klov_cmd_select_the_print_control_mode(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                         uint32_t *len);
@@ -220,7 +241,7 @@ KLOV_API int32_t klov_cmd_select_the_print_control_mode(uint32_t printer_class, 
  * Select the number of parts for the thermal head energizing.
  *
  * - Bytes: 1D 28 4B 02 00 61 n
- * - n: 0-4, 48-52 or 128; low 8 bits.
+ * - n: 0-4, 48-52 or 128.
  */
 KLOV_API int32_t klov_cmd_select_the_number_of_parts_for_the_thermal_head_energizing(uint32_t printer_class, int32_t n,
                                                                                      uint8_t *buf, uint32_t cap,

@@ -12,6 +12,13 @@
 #define KLOV_EXTERN_C extern
 #endif
 
+/** A record's name: with KLOV_NO_SHORT_NAMES the one with our prefix alone is left. */
+#ifdef KLOV_NO_SHORT_NAMES
+#define KLOV_RECORD(name) klov_##name
+#else
+#define KLOV_RECORD(name) name
+#endif
+
 /** Put before every function and every data symbol that the library exports. */
 #define KLOV_API KLOV_EXTERN_C __attribute__((visibility("default")))
 

@@ -7,10 +7,7 @@
  * Raster data is rows of (x + 7) / 8 bytes, column data columns of (y + 7) / 8 bytes; the highest bit is the leftmost
  * or topmost dot. The room for header and data is tested before all parameters, in unsigned 32-bit arithmetic.
  *
- * Every encoder appends one command at buf + *len and raises *len by its length, on success only. It checks, in this
- * order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or too little room (KLOV_E_BUFFER_TOO_SMALL), the parameters in
- * the order of the argument list (KLOV_E_PARAMETER). One-byte parameters are tested and sent as their low 8 bits;
- * those sent as two bytes (nL nH, low byte first) are tested whole. "any" is not tested.
+ * What every command keeps to is in klov/klov.h.
  */
 #ifndef KLOV_GRAPHICS_H
 #define KLOV_GRAPHICS_H
@@ -41,7 +38,7 @@ KLOV_API int32_t klov_cmd_select_bit_image_mode(uint32_t printer_class, int32_t 
  *
  * - Bytes: 1C 70 n m
  * - n: image number, 1-255.
- * - m: scale mode, 0-3 or 48-51.
+ * - m: enum klov_scale (klov/printing.h), 0-3 or 48-51.
  */
 KLOV_API int32_t klov_cmd_print_NV_bit_image(uint32_t printer_class, int32_t n, int32_t m, uint8_t *buf, uint32_t cap,
                                              uint32_t *len);
@@ -72,7 +69,7 @@ KLOV_API int32_t klov_cmd_define_downloaded_bit_image(uint32_t printer_class, in
  * Print downloaded bit image.
  *
  * - Bytes: 1D 2F m
- * - m: scale mode, 0-3 or 48-51.
+ * - m: enum klov_scale (klov/printing.h), 0-3 or 48-51.
  */
 KLOV_API int32_t klov_cmd_print_downloaded_bit_image(uint32_t printer_class, int32_t m, uint8_t *buf, uint32_t cap,
                                                      uint32_t *len);
@@ -277,7 +274,7 @@ KLOV_API int32_t klov_cmd_define_the_downloaded_graphics_data_column_gmode(uint3
  *
  * - Bytes: 1D 28 4C 06 00 30 55 kc1 kc2 x y
  * - kc1, kc2: key code, 32-126 each.
- * - x, y: horizontal and vertical scale, any.
+ * - x, y: horizontal and vertical scale, any; printers know 1 and 2.
  */
 KLOV_API int32_t klov_cmd_print_the_specified_downloaded_graphics_data_gmode(uint32_t printer_class, int32_t kc1,
                                                                              int32_t kc2, int32_t x, int32_t y,

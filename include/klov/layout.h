@@ -4,10 +4,7 @@
  * spacing and feeds, positions, tabs and the print area of page mode. Line spacing in dots, justification, the left
  * margin, forward feeds in dots and the return to standard mode are in klov/printing.h.
  *
- * Every encoder appends one command at buf + *len and raises *len by its length, on success only. It checks, in this
- * order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or too little room (KLOV_E_BUFFER_TOO_SMALL), the parameters in
- * the order of the argument list (KLOV_E_PARAMETER). One-byte parameters are tested and sent as their low 8 bits;
- * those sent as two bytes (nL nH, low byte first) are tested whole. "any" is not tested.
+ * What every command keeps to is in klov/klov.h.
  */
 #ifndef KLOV_LAYOUT_H
 #define KLOV_LAYOUT_H
@@ -16,13 +13,34 @@
 #include <klov/result.h>
 #include <stdint.h>
 
+/** Character code tables of klov_cmd_select_character_code_table(), as most printers of this type number them. */
+enum klov_code_table {
+    KLOV_CODE_TABLE_437 = 0,   /**< PC437: USA, standard Europe */
+    KLOV_CODE_TABLE_850 = 2,   /**< PC850: multilingual */
+    KLOV_CODE_TABLE_860 = 3,   /**< PC860: Portuguese */
+    KLOV_CODE_TABLE_863 = 4,   /**< PC863: Canadian French */
+    KLOV_CODE_TABLE_865 = 5,   /**< PC865: Nordic */
+    KLOV_CODE_TABLE_1252 = 16, /**< Windows 1252: Western Europe */
+    KLOV_CODE_TABLE_866 = 17,  /**< PC866: Cyrillic */
+    KLOV_CODE_TABLE_852 = 18,  /**< PC852: Latin 2 */
+    KLOV_CODE_TABLE_858 = 19   /**< PC858: PC850 with the euro sign */
+};
+
+/** Bits of klov_cmd_select_print_modes(). */
+enum klov_print_mode {
+    KLOV_PRINT_FONT_B = 0x01,        /**< the small font */
+    KLOV_PRINT_EMPHASIZED = 0x08,    /**< bold */
+    KLOV_PRINT_DOUBLE_HEIGHT = 0x10, /**< twice as high */
+    KLOV_PRINT_DOUBLE_WIDTH = 0x20,  /**< twice as wide */
+    KLOV_PRINT_UNDERLINED = 0x80     /**< underlined */
+};
+
 /* ---- Line and page data ---- */
 
 /**
  * Print and line feed.
  *
  * - Bytes: 0A
- * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_line_feed(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -30,7 +48,6 @@ KLOV_API int32_t klov_cmd_print_and_line_feed(uint32_t printer_class, uint8_t *b
  * Print and carriage return.
  *
  * - Bytes: 0D
- * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_carriage_return(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -38,7 +55,6 @@ KLOV_API int32_t klov_cmd_print_and_carriage_return(uint32_t printer_class, uint
  * Horizontal tab: moves to the next tab position.
  *
  * - Bytes: 09
- * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_horizontal_tab(uint32_t printer_class, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -46,7 +62,6 @@ KLOV_API int32_t klov_cmd_horizontal_tab(uint32_t printer_class, uint8_t *buf, u
  * Cancel print data in page mode: deletes what is in the print area.
  *
  * - Bytes: 18
- * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_cancel_print_data_in_page_mode(uint32_t printer_class, uint8_t *buf, uint32_t cap,
                                                          uint32_t *len);
@@ -89,8 +104,8 @@ KLOV_API int32_t klov_cmd_print_and_feed_n_line(uint32_t printer_class, int32_t 
 /**
  * Print and reverse feed n lines.
  *
- * - Bytes: 1B 65 FF for every full 255 lines but the last, then 1B 65 r with the rest (1-255). So 300 gives 1B 65 FF 1B
- *   65 2D.
+ * - Bytes: 1B 65 FF while more than 255 lines remain, then 1B 65 r with the rest (1-255). So 300 gives 1B 65 FF 1B 65
+ *   2D.
  * - n: lines, any. 0 and below write nothing and give KLOV_OK.
  * - Caution: only from 1 to 254 is the room tested and *len raised (by 3). From 255 on the groups are written at
  *   buf + *len without a room test and *len stays: bring 3 * ((n + 254) / 255) bytes, and add that number to *len to
@@ -114,7 +129,7 @@ KLOV_API int32_t klov_cmd_set_right_side_character_spacing(uint32_t printer_clas
  * Select print modes.
  *
  * - Bytes: 1B 21 n
- * - n: mode bits of the printer (font, emphasis, size, underline), any.
+ * - n: bits of enum klov_print_mode, any.
  */
 KLOV_API int32_t klov_cmd_select_print_modes(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                              uint32_t *len);
@@ -135,7 +150,7 @@ KLOV_API int32_t klov_cmd_select_or_cancel_defined_charater_set(uint32_t printer
  * - c1, c2: first and last character code, 32-126, c1 not above c2.
  * - x: columns.
  * - data: 3 bytes a column.
- * - k: bytes of data, exactly 3 * x; low 8 bits, so x reaches 85.
+ * - k: bytes of data, exactly 3 * x; its low 8 bits count, so that x reaches 85.
  * - The room for header and data is tested before the parameters. One shape is sent however many codes c1 to c2 spans.
  */
 KLOV_API int32_t klov_cmd_define_user_defined_characters(uint32_t printer_class, int32_t c1, int32_t c2, int32_t x,
@@ -182,7 +197,7 @@ KLOV_API int32_t klov_cmd_turn_double_strike_mode_on_off(uint32_t printer_class,
  * Select character font.
  *
  * - Bytes: 1B 4D n
- * - n: font 0-2 or 48-50.
+ * - n: 0 or 48 font A (12 by 24 dots on most models), 1 or 49 font B (9 by 17), 2 or 50 font C.
  */
 KLOV_API int32_t klov_cmd_select_character_font(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                 uint32_t *len);
@@ -191,7 +206,8 @@ KLOV_API int32_t klov_cmd_select_character_font(uint32_t printer_class, int32_t 
  * Select an international character set.
  *
  * - Bytes: 1B 52 n
- * - n: set 0-15.
+ * - n: 0 USA, 1 France, 2 Germany, 3 United Kingdom, 4 Denmark I, 5 Sweden, 6 Italy, 7 Spain I, 8 Japan, 9 Norway,
+ *   10 Denmark II, 11 Spain II, 12 Latin America, 13 Korea, 14 Slovenia and Croatia, 15 China.
  */
 KLOV_API int32_t klov_cmd_select_an_international_character_set(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                                 uint32_t cap, uint32_t *len);
@@ -211,7 +227,7 @@ KLOV_API int32_t klov_cmd_turn90_clockwise_rotation_mode_on_off(uint32_t printer
  * - Bytes, mode 0: 1B 74 n
  * - Bytes, mode 1: 1D 28 45 03 00 01 49 4E, 1D 28 45 04 00 05 08 n 00, 1D 28 45 02 00 06 08, 01 49 4E, 1D 28 45 04 00
  *   02 4F 55 54 (36 bytes)
- * - n: table number, any.
+ * - n: enum klov_code_table or another number of the printer's, any.
  * - mode: 0 or 1, tested whole.
  * - Caution: the room is not tested. Bring 3 bytes for mode 0, 36 for mode 1.
  */
@@ -279,7 +295,7 @@ KLOV_API int32_t klov_cmd_set_relative_print_position(uint32_t printer_class, in
  *
  * - Bytes: 1B 44, then k bytes of data, then 00 (3 + k in all). k = 0 clears all tabs.
  * - data: tab columns in rising order, not tested.
- * - k: number of tabs, 0-32, low 8 bits.
+ * - k: number of tabs, 0-32; its low 8 bits count.
  * - The room is tested before k.
  */
 KLOV_API int32_t klov_cmd_set_horizontal_tab_positions(uint32_t printer_class, const uint8_t *data, int32_t k,
@@ -318,7 +334,8 @@ KLOV_API int32_t klov_cmd_set_horizontal_and_vertical_motion_units(uint32_t prin
  * Select print direction in page mode.
  *
  * - Bytes: 1B 54 n
- * - n: starting corner, 0-3 or 48-51.
+ * - n: starting corner and direction: 0 or 48 upper left to the right, 1 or 49 lower left upwards, 2 or 50 lower right
+ *   to the left, 3 or 51 upper right downwards.
  */
 KLOV_API int32_t klov_cmd_select_print_direction_in_page_mode(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                               uint32_t cap, uint32_t *len);
@@ -326,8 +343,8 @@ KLOV_API int32_t klov_cmd_select_print_direction_in_page_mode(uint32_t printer_c
 /**
  * Set print area in page mode.
  *
- * - Bytes: 1B 57 xL xH yL yH dxL dxH dyL dyH (10); for the model 0x1102 in bits 16-31 of printer_class a 00 follows 1B
- *   57 (11).
+ * - Bytes: 1B 57 xL xH yL yH dxL dxH dyL dyH (10); with 0x1102 in bits 16-31 of printer_class a 00 follows 1B 57
+ *   (11). No class word of the catalogue has that number.
  * - x, y: origin, dx, dy: width and height in motion units, 0-65535 each.
  * - Caution: 11 bytes of room are asked for on every model.
  */

@@ -19,7 +19,7 @@
 #include <stdint.h>
 
 /** One row of the catalogue. */
-typedef struct model_brief {
+typedef struct KLOV_RECORD(model_brief) {
     uint32_t id;              /**< the hardware family, shared by its models; 0xFFFFFFFF in the closing row */
     const char *manufacturer; /**< the brand on the case; empty for unbranded models */
     const char *model_name;   /**< the ShortNickName of the model's PPD */
@@ -30,17 +30,17 @@ typedef struct model_brief {
     uint32_t flags_a;         /**< capability word, carried and not interpreted */
     uint32_t flags_b;         /**< capability word, carried and not interpreted */
     float unit_factor;        /**< 0.0625 or 0.125, carried and not interpreted */
-} model_brief;
+} klov_model_brief;
 
 /** One model with its properties. `size` must hold sizeof(printer_model): it marks a valid record. */
-typedef struct printer_model {
+typedef struct KLOV_RECORD(printer_model) {
     uint32_t size;             /**< sizeof(printer_model) */
     uint32_t id;               /**< the hardware family, shared by its models */
     const char *manufacturer;  /**< the brand on the case; empty for unbranded models */
     const char *model_name;    /**< the ShortNickName of the model's PPD */
     const char *identity;      /**< the name to show */
     const char *description;   /**< identity and class */
-    uint32_t type;             /**< class word for the encoders: the row's type, the id's low byte in bits 16-23 */
+    uint32_t type;             /**< class word for the commands: the row's type, the id's low byte in bits 16-23 */
     int32_t width;             /**< printable width in dots */
     uint32_t flags_a;          /**< capability word, carried and not interpreted */
     uint32_t flags_b;          /**< capability word, carried and not interpreted */
@@ -62,43 +62,79 @@ typedef struct printer_model {
     float motion_h;            /**< horizontal motion unit in millimetres */
     uint8_t special_flag;      /**< of the family, carried and not interpreted */
     float unit_factor;         /**< of the row, carried and not interpreted */
-} printer_model;
+} klov_printer_model;
 
-/* Keys of the property queries. */
-#define MODEL_PROP_ID 1              /**< property: the id, an int */
-#define MODEL_PROP_NAME 2            /**< property: the model name, a string */
-#define MODEL_PROP_FEATURE_FLAG 129  /**< property: the feature flag, a bool */
-#define MODEL_PROP_PAGEMODE_AREA 130 /**< property: the page-mode area, a string */
+/** Keys of the property queries. */
+enum klov_model_property {
+    KLOV_MODEL_PROP_ID = 1,             /**< the id, an int */
+    KLOV_MODEL_PROP_NAME = 2,           /**< the model name, a string */
+    KLOV_MODEL_PROP_FEATURE_FLAG = 129, /**< the feature flag, a bool */
+    KLOV_MODEL_PROP_PAGEMODE_AREA = 130 /**< the page-mode area, a string */
+};
 
-/* Types that the property queries report. */
-#define MODEL_PROPTYPE_BOOL 1   /**< property type: one byte, 0 or 1 */
-#define MODEL_PROPTYPE_STRING 2 /**< property type: text without a terminator */
-#define MODEL_PROPTYPE_INT 3    /**< property type: four bytes, least significant first */
-#define MODEL_PROPTYPE_BYTE 4   /**< property type: one byte; no property has it */
+/** Types that the property queries report. */
+enum klov_model_property_type {
+    KLOV_MODEL_PROPTYPE_BOOL = 1,   /**< one byte, 0 or 1 */
+    KLOV_MODEL_PROPTYPE_STRING = 2, /**< text without a terminator */
+    KLOV_MODEL_PROPTYPE_INT = 3,    /**< four bytes, least significant first */
+    KLOV_MODEL_PROPTYPE_BYTE = 4    /**< one byte; no property has it */
+};
 
-/** The catalogue. It grows with every release; the row with the id 0xFFFFFFFF is the last. */
-KLOV_API const model_brief model_brief_table[];
+#ifndef KLOV_NO_SHORT_NAMES
+typedef klov_model_brief model_brief;     /**< one row of the catalogue, by its short name */
+typedef klov_printer_model printer_model; /**< one model with its properties, by its short name */
 
-/** The instances that the id queries have made so far: as many places as the catalogue has rows, filled from the front,
-    null behind. */
-KLOV_API printer_model *models_table[];
+#define MODEL_PROP_ID 1              /**< KLOV_MODEL_PROP_ID */
+#define MODEL_PROP_NAME 2            /**< KLOV_MODEL_PROP_NAME */
+#define MODEL_PROP_FEATURE_FLAG 129  /**< KLOV_MODEL_PROP_FEATURE_FLAG */
+#define MODEL_PROP_PAGEMODE_AREA 130 /**< KLOV_MODEL_PROP_PAGEMODE_AREA */
+
+#define MODEL_PROPTYPE_BOOL 1   /**< KLOV_MODEL_PROPTYPE_BOOL */
+#define MODEL_PROPTYPE_STRING 2 /**< KLOV_MODEL_PROPTYPE_STRING */
+#define MODEL_PROPTYPE_INT 3    /**< KLOV_MODEL_PROPTYPE_INT */
+#define MODEL_PROPTYPE_BYTE 4   /**< KLOV_MODEL_PROPTYPE_BYTE */
+
+/**
+ * Rows that model_brief_table has in every release of this soname, at least: 173 models and the closing "unknown" row.
+ * Where there are more models, the closing row stands further behind.
+ */
+#define MODEL_BRIEF_ROWS 174
+
+/** The catalogue. For programs that go through it klov_model_count() and klov_model_at() are the way that lasts. */
+KLOV_API const klov_model_brief model_brief_table[MODEL_BRIEF_ROWS];
+
+/**
+ * The instances that the id queries have made so far, filled from the front, null behind. One slot an id, and the
+ * catalogue has some forty ids: the slots do not grow with the models.
+ */
+KLOV_API klov_printer_model *models_table[MODEL_BRIEF_ROWS];
+#endif
 
 /* ---- Catalogue rows ---- */
 
-/** The first catalogue row with this id, or null. */
-KLOV_API const model_brief *klov_printer_model_brief_find_by_id(uint32_t id);
+/** How many models the catalogue of this library has, the closing "unknown" row not counted. */
+KLOV_API int32_t klov_model_count(void);
 
-/** The first catalogue row with this model name, or null. The name "unknown" finds the closing row. */
-KLOV_API const model_brief *klov_printer_model_brief_find_by_name(const char *name);
+/** The model at this index, from 0 to klov_model_count() - 1; null for every other index. */
+KLOV_API const klov_model_brief *klov_model_at(int32_t index);
+
+/** The first catalogue row with this id, or null. */
+KLOV_API const klov_model_brief *klov_printer_model_brief_find_by_id(uint32_t id);
+
+/**
+ * The first catalogue row with this model name, or null. The name "unknown" finds the closing row, whose class word has
+ * every bit set: every command accepts it.
+ */
+KLOV_API const klov_model_brief *klov_printer_model_brief_find_by_name(const char *name);
 
 /** The first catalogue row with this identity, or null. */
-KLOV_API const model_brief *klov_printer_model_brief_find_by_identity(const char *identity);
+KLOV_API const klov_model_brief *klov_printer_model_brief_find_by_identity(const char *identity);
 
 /**
  * Copies id, model_name, description and width of the LAST row with this id into *out; the other fields stay as they
  * are, and so does everything when no row has the id. 0 in both cases; -1 when `out` is null.
  */
-KLOV_API int32_t klov_printer_model_brief_find_by_id2(uint32_t id, model_brief *out);
+KLOV_API int32_t klov_printer_model_brief_find_by_id2(uint32_t id, klov_model_brief *out);
 
 /**
  * Name, type (the row's, without the id byte) and width in dots of the first row with this id. 0, or -8 when there is
@@ -121,8 +157,8 @@ KLOV_API int32_t klov_printer_model_get_manufacture_modelnames(const char *manuf
 
 /**
  * As klov_printer_model_get_manufacture_modelnames(), into a wide buffer of `buffer_size` BYTES. When there are models
- * the result is 0 and the buffer holds the NARROW text. When there are none the result is 1, the total 0 and the buffer
- * all zero.
+ * the result is 0 and the buffer holds the NARROW text. When there are none the result is 1, which is no errno, the
+ * total 0 and the buffer all zero.
  */
 KLOV_API int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char *manufacturer, wchar_t *wide_buffer,
                                                                      int32_t buffer_size, int32_t *total_out);
@@ -133,26 +169,26 @@ KLOV_API int32_t klov_printer_model_get_manufacture_modelnames_wchar(const char 
  * Makes an instance from the first row with this id. *out is the new record, or null on failure. 0; -8 when no row
  * matches; -9 when memory runs out (calloc); -1 when `out` is null.
  */
-KLOV_API int32_t klov_printer_model_creator(uint32_t id, printer_model **out);
+KLOV_API int32_t klov_printer_model_creator(uint32_t id, klov_printer_model **out);
 
 /** Makes an instance from the first row with this model name; results of klov_printer_model_creator(). */
-KLOV_API int32_t klov_printer_model_creator2(const char *model_name, printer_model **out);
+KLOV_API int32_t klov_printer_model_creator2(const char *model_name, klov_printer_model **out);
 
 /** Makes an instance from the first row with this identity; results of klov_printer_model_creator(). */
-KLOV_API int32_t klov_printer_model_creator_by_identity(const char *identity, printer_model **out);
+KLOV_API int32_t klov_printer_model_creator_by_identity(const char *identity, klov_printer_model **out);
 
 /**
  * Refills a record of the caller's from the first row with this id. 0; -1 when it is null or its size tag is wrong; -8
  * when no row matches (the record is untouched) or when the family has no properties of its own (the record is filled,
  * with the default properties). `spare_list` is left alone.
  */
-KLOV_API int32_t klov_printer_model_get_by_id(uint32_t id, printer_model *model);
+KLOV_API int32_t klov_printer_model_get_by_id(uint32_t id, klov_printer_model *model);
 
 /** Refills a record from the first row with this model name; results of klov_printer_model_get_by_id(). */
-KLOV_API int32_t klov_printer_model_get_by_name(const char *model_name, printer_model *model);
+KLOV_API int32_t klov_printer_model_get_by_name(const char *model_name, klov_printer_model *model);
 
 /** Gives an instance back (free). 0, or -6 for null. */
-KLOV_API int32_t klov_printer_model_destroy(printer_model *model);
+KLOV_API int32_t klov_printer_model_destroy(klov_printer_model *model);
 
 /**
  * Destroys the instances in models_table and returns the last destroy's result (0 when there are none). It is the last
@@ -171,11 +207,11 @@ KLOV_API int32_t klov_printer_model_detach(void);
  * - bool: 1 byte, the rest of the buffer untouched; length 1.
  * - Returns 0, or -1 for a bad argument, a wrong size tag or an unknown key (nothing is written then).
  */
-KLOV_API int32_t klov_printer_model_get_property(const printer_model *model, int32_t key, int32_t *type_out,
+KLOV_API int32_t klov_printer_model_get_property(const klov_printer_model *model, int32_t key, int32_t *type_out,
                                                  void *buffer, int32_t buffer_size, int32_t *length_out);
 
 /** As klov_printer_model_get_property(); a string arrives as NARROW text with twice its length. */
-KLOV_API int32_t klov_printer_model_get_property_wchar(const printer_model *model, int32_t key, int32_t *type_out,
+KLOV_API int32_t klov_printer_model_get_property_wchar(const klov_printer_model *model, int32_t key, int32_t *type_out,
                                                        void *buffer, int32_t buffer_size, int32_t *length_out);
 
 /**
@@ -189,6 +225,8 @@ KLOV_API int32_t klov_printer_model_id_get_property(uint32_t id, int32_t key, in
 KLOV_API int32_t klov_printer_model_id_get_property_wchar(uint32_t id, int32_t key, int32_t *type_out, void *buffer,
                                                           int32_t buffer_size, int32_t *length_out);
 
+#ifndef KLOV_NO_SHORT_NAMES
+
 /* ---- Lists ---- */
 
 /**
@@ -197,5 +235,7 @@ KLOV_API int32_t klov_printer_model_id_get_property_wchar(uint32_t id, int32_t k
  * `flags` skips blanks in front of the item, bit 1 removes the blanks behind the text's last item.
  */
 KLOV_API char *get_item(char *text, int32_t *position, int32_t separator, int32_t flags);
+
+#endif
 
 #endif

@@ -2,11 +2,7 @@
  * \file
  * Printing a page: raster bit images, feeds, cuts, the end of a page, speed and density, beeper, drawer and logo.
  *
- * Every encoder appends one command at buf + *len and raises *len by its length, on success only. It checks, in this
- * order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or too little room (KLOV_E_BUFFER_TOO_SMALL), the parameters in
- * the order of the argument list (KLOV_E_PARAMETER). The room is cap - *len, unsigned: with *len beyond cap it wraps,
- * and the command passes and is written beyond cap. One-byte parameters are tested and sent as their low 8 bits (257
- * is 1); those sent as two bytes (nL nH, low byte first) are tested whole. "any" is not tested.
+ * What every command keeps to is in klov/klov.h.
  */
 #ifndef KLOV_PRINTING_H
 #define KLOV_PRINTING_H
@@ -15,13 +11,48 @@
 #include <klov/result.h>
 #include <stdint.h>
 
+/** Bits of the class word, a printer_model's `type`. */
+enum klov_class_bits {
+    KLOV_CLASS_ESCPOS = 0x1,       /**< knows the ESC/POS-type commands; without it nearly every command is refused */
+    KLOV_CLASS_VERSION_TEXT = 0x2, /**< is asked for its firmware by the text "ZZZGETVERSION" */
+    KLOV_CLASS_VERSION_COMMAND = 0x4, /**< is asked for its firmware by ESC # * */
+    KLOV_CLASS_USB_CONTROL = 0x1000   /**< takes the USB control sequences of klov_cmd_usb_ctl() */
+};
+
+/** Scale of a printed image. */
+enum klov_scale {
+    KLOV_SCALE_NORMAL = 0,        /**< one dot a dot */
+    KLOV_SCALE_DOUBLE_WIDTH = 1,  /**< two dots across */
+    KLOV_SCALE_DOUBLE_HEIGHT = 2, /**< two dots down */
+    KLOV_SCALE_QUADRUPLE = 3      /**< two dots across and down */
+};
+
+/** Where a line stands between the margins. */
+enum klov_justification {
+    KLOV_JUSTIFY_LEFT = 0,   /**< at the left margin */
+    KLOV_JUSTIFY_CENTRE = 1, /**< in the middle */
+    KLOV_JUSTIFY_RIGHT = 2   /**< at the right end */
+};
+
+/** Modes of klov_cmd_select_cut_mode_and_feed_paper(). */
+enum klov_feed_and_cut {
+    KLOV_FEED_AND_CUT_FULL = 65,   /**< feed to the cutter and n units more, and cut through */
+    KLOV_FEED_AND_CUT_PARTIAL = 66 /**< feed to the cutter and n units more, and leave a bridge */
+};
+
+/** Pins of the drawer connector. */
+enum klov_pin {
+    KLOV_PIN_2 = 0, /**< pin 2: the first drawer */
+    KLOV_PIN_5 = 1  /**< pin 5: the second drawer, or an external buzzer */
+};
+
 /* ---- Raster bit images ---- */
 
 /**
  * Print raster bit image, header only; the caller sends xBytes * yDots image bytes after it.
  *
  * - Bytes: 1D 76 30 m xL xH yL yH, the same for every printer class
- * - m: scale mode, any (0 normal, 1 double width, 2 double height, 3 both).
+ * - m: enum klov_scale, any.
  * - xBytes: bytes a row, any.
  * - yDots: rows, any.
  * - buf: the buffer's address as an integer; 0 is the null buffer.
@@ -33,11 +64,11 @@ KLOV_API int32_t klov_cmd_print_raster_img_cmd_header(uint32_t printer_class, in
  * Print raster bit image.
  *
  * - Bytes: 1D 76 30 m xL 00 yL yH, then xBytes * yDots bytes of data
- * - m: scale mode, 0-3 or 48-51.
+ * - m: enum klov_scale, 0-3 or 48-51.
  * - xBytes: bytes a row, 1-128.
  * - yDots: rows, 1-2303.
  * - data: rows of 8 dots a byte, the highest bit leftmost, 1 is black.
- * - The room for header and data is tested before the parameters, with the product in 32 bits.
+ * - The room for header and data is tested before the parameters; xBytes * yDots is a product in 32 bits.
  */
 KLOV_API int32_t klov_cmd_print_raster_bit_image(uint32_t printer_class, int32_t m, int32_t xBytes, int32_t yDots,
                                                  const uint8_t *data, uint8_t *buf, uint32_t cap, uint32_t *len);
@@ -70,8 +101,8 @@ KLOV_API int32_t klov_cmd_set_left_margin(uint32_t printer_class, int32_t n, uin
 /**
  * Print and feed paper.
  *
- * - Bytes: 1B 4A FF for every full 255 units but the last, then 1B 4A r with the rest (1-255); 1B 4A 00 for n = 0. So
- *   600 gives 1B 4A FF 1B 4A FF 1B 4A 5A.
+ * - Bytes: 1B 4A FF while more than 255 units remain, then 1B 4A r with the rest (1-255); 1B 4A 00 for n = 0. So 600
+ *   gives 1B 4A FF 1B 4A FF 1B 4A 5A, and 510 gives 1B 4A FF 1B 4A FF.
  * - n: total feed in motion units. -1 to -508 write nothing and give KLOV_OK; less gives KLOV_E_BUFFER_TOO_SMALL.
  * - Room: 3 * ((n + 254) / 255) bytes, 3 for n = 0.
  */
@@ -82,7 +113,7 @@ KLOV_API int32_t klov_cmd_print_and_feed_paper(uint32_t printer_class, int32_t n
  * Select cut mode and cut paper, after a feed.
  *
  * - Bytes: 1D 56 m n
- * - m: 65 full cut, 66 partial cut; 0 and 1 are sent as 65 and 66.
+ * - m: enum klov_feed_and_cut, 65 or 66; 0 and 1 are sent as 65 and 66.
  * - n: feed before the cut in motion units, any.
  */
 KLOV_API int32_t klov_cmd_select_cut_mode_and_feed_paper(uint32_t printer_class, int32_t m, int32_t n, uint8_t *buf,
@@ -92,7 +123,6 @@ KLOV_API int32_t klov_cmd_select_cut_mode_and_feed_paper(uint32_t printer_class,
  * Print and return to standard mode (form feed; a label printer moves to its next label).
  *
  * - Bytes: 0C
- * - Fails for want of room only when *len equals cap.
  */
 KLOV_API int32_t klov_cmd_print_and_return_standard_mode(uint32_t printer_class, uint8_t *buf, uint32_t cap,
                                                          uint32_t *len);
@@ -110,7 +140,7 @@ KLOV_API int32_t klov_cmd_set_line_spacing(uint32_t printer_class, int32_t n, ui
  * Select justification.
  *
  * - Bytes: 1B 61 n
- * - n: 0 or 48 left, 1 or 49 centred, 2 or 50 right.
+ * - n: enum klov_justification, 0-2 or 48-50.
  */
 KLOV_API int32_t klov_cmd_select_justification(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                uint32_t *len);
@@ -142,7 +172,7 @@ KLOV_API int32_t klov_cmd_select_the_print_density(uint32_t printer_class, int32
  *
  * - Bytes: 1B 28 41 05 00 61 64 n c t
  * - n: number of beeps, 0-63.
- * - c, t: beep timing of the printer, any.
+ * - c, t: length of a beep and pause behind it, in the printer's own steps (100 ms on most models), any.
  */
 KLOV_API int32_t klov_cmd_beep_integrated_beeper(uint32_t printer_class, int32_t n, int32_t c, int32_t t, uint8_t *buf,
                                                  uint32_t cap, uint32_t *len);
@@ -151,8 +181,9 @@ KLOV_API int32_t klov_cmd_beep_integrated_beeper(uint32_t printer_class, int32_t
  * Generate pulse: opens a cash drawer or drives an external buzzer.
  *
  * - Bytes: 1B 70 m t1 t2
- * - m: connector pin, 0 or 48 pin 2, 1 or 49 pin 5.
- * - t1, t2: on and off time in units of the printer, any; an off time below the on time is sent as the on time.
+ * - m: enum klov_pin, 0 or 48, 1 or 49.
+ * - t1, t2: on and off time in units of 2 ms, any; the low bytes are compared, and an off time below the on time is
+ * sent as the on time. A drawer wants 50 to 100 (100 to 200 ms).
  */
 KLOV_API int32_t klov_cmd_generate_pulse(uint32_t printer_class, int32_t m, int32_t t1, int32_t t2, uint8_t *buf,
                                          uint32_t cap, uint32_t *len);
@@ -162,7 +193,7 @@ KLOV_API int32_t klov_cmd_generate_pulse(uint32_t printer_class, int32_t m, int3
  *
  * - Bytes: 1D 28 4C 06 00 30 45 kc1 kc2 x y
  * - kc1, kc2: key code, 32-126 each.
- * - x, y: horizontal and vertical scale, any.
+ * - x, y: horizontal and vertical scale, any; printers know 1 and 2.
  */
 KLOV_API int32_t klov_cmd_print_the_specified_NV_graphics_data_gmode(uint32_t printer_class, int32_t kc1, int32_t kc2,
                                                                      int32_t x, int32_t y, uint8_t *buf, uint32_t cap,

@@ -3,7 +3,8 @@
  * Result codes of libklov.
  *
  * Every function that can fail returns a signed 32-bit code: KLOV_OK, one of the negative codes below, or a positive
- * errno value where a system call failed. klov_format_error_ansi() turns a code into words.
+ * errno value where a system call failed. klov_format_error_ansi() turns a code into words. (The 1 of
+ * klov_printer_model_get_manufacture_modelnames_wchar() is no errno: it says that there are no models.)
  *
  * The library itself returns KLOV_OK and -1, -2, -3, -6, -8, -9 and -30. The others are for the programs around it, so
  * that every part of a printing system can report through one list of texts.

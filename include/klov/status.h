@@ -2,11 +2,7 @@
  * \file
  * Status: asking a printer how it is, who it is and which firmware it runs, and reading its answers.
  *
- * The requests are encoders: they append one command at buf + *len and raise *len by its length, on success only. They
- * check, in this order: class bit 0 (KLOV_E_MODEL_TYPE), a null buf or a room cap - *len below the command's length
- * (KLOV_E_BUFFER_TOO_SMALL; the difference is unsigned, so a *len beyond cap wraps and passes), the parameters in the
- * order of the argument list (KLOV_E_PARAMETER). Parameters are tested and sent as their low 8 bits unless a function
- * says otherwise.
+ * The requests are commands like all others; klov/klov.h says what they keep to.
  *
  * The parsers take what the printer sent back. They do no input of their own: the caller reads the reply, and clears
  * the record before it hands it over, because a parser writes only the flags that its reply carries.
@@ -19,7 +15,7 @@
 #include <stdint.h>
 
 /** What a printer reports. A flag is set when it is not zero. */
-typedef struct printer_status {
+typedef struct KLOV_RECORD(printer_status) {
     uint8_t aux0;           /**< bit 5 of the second status byte is clear (0 or 1) */
     uint8_t aux1;           /**< bit 1 of the second status byte is clear (0 or 1) */
     uint8_t aux2;           /**< bit 2 of the second status byte (0 or 4) */
@@ -28,14 +24,48 @@ typedef struct printer_status {
     uint8_t cover_open;     /**< the cover is open */
     uint8_t paper_near_end; /**< the roll is nearly used up */
     uint8_t paper_end;      /**< no paper */
-} printer_status;
+} klov_printer_status;
+
+#ifndef KLOV_NO_SHORT_NAMES
+typedef klov_printer_status printer_status; /**< what a printer reports, by its short name */
+#endif
+
+/** What klov_cmd_transmit_real_time_status() asks for. */
+enum klov_real_time {
+    KLOV_REAL_TIME_PRINTER = 1, /**< the printer: drawer level, online or not */
+    KLOV_REAL_TIME_OFFLINE = 2, /**< why it is offline: cover open, paper end, error */
+    KLOV_REAL_TIME_ERROR = 3,   /**< the error's kind: the library's parser stores nothing of it */
+    KLOV_REAL_TIME_PAPER = 4    /**< the roll: near its end, at its end */
+};
+
+/** What klov_cmd_transmit_status() asks for. */
+enum klov_status_kind {
+    KLOV_STATUS_PAPER = 1, /**< the roll: near its end, at its end */
+    KLOV_STATUS_DRAWER = 2 /**< the level at the drawer connector */
+};
+
+/** Kinds of changes that a printer tells by itself; klov_cmd_enable_disable_ASB() takes their sum. */
+enum klov_automatic_status {
+    KLOV_ASB_DRAWER = 0x01, /**< the drawer connector's level */
+    KLOV_ASB_ONLINE = 0x02, /**< online and offline, with the cover */
+    KLOV_ASB_ERROR = 0x04,  /**< errors */
+    KLOV_ASB_PAPER = 0x08,  /**< the paper sensors */
+    KLOV_ASB_PANEL = 0x40   /**< the panel's switch */
+};
+
+/** What klov_cmd_transmit_printer_id() asks for. */
+enum klov_printer_id {
+    KLOV_ID_MODEL = 1,   /**< the model's number */
+    KLOV_ID_TYPE = 2,    /**< what is fitted: cutter, two-byte characters */
+    KLOV_ID_FIRMWARE = 3 /**< the firmware's number */
+};
 
 /**
  * Transmit real-time status. Answered at once, even while the printer is busy or offline, with one byte for
  * klov_cmd_parse_real_time_status().
  *
  * - Bytes: 10 04 n
- * - n: 1 printer, 2 cause of being offline, 3 error, 4 paper sensors, 7; low 8 bits.
+ * - n: enum klov_real_time, 1-4; or 7, whose answer has no parser here.
  */
 KLOV_API int32_t klov_cmd_transmit_real_time_status(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                                     uint32_t *len);
@@ -44,7 +74,7 @@ KLOV_API int32_t klov_cmd_transmit_real_time_status(uint32_t printer_class, int3
  * Transmit specified status in real time.
  *
  * - Bytes: 10 14 07 n
- * - n: 1 or 5; low 8 bits.
+ * - n: 1 or 5; the answers have no parser here.
  */
 KLOV_API int32_t klov_cmd_transmit_specified_status_in_real_time(uint32_t printer_class, int32_t n, uint8_t *buf,
                                                                  uint32_t cap, uint32_t *len);
@@ -70,7 +100,7 @@ KLOV_API int32_t klov_cmd_transmit_paper_sensor_status(uint32_t printer_class, u
  * whenever one of the chosen kinds of status changes.
  *
  * - Bytes: 1D 61 n
- * - n: one bit per kind of status, 0 to switch off; any value, low 8 bits.
+ * - n: a sum of enum klov_automatic_status, 0 to switch off; any.
  */
 KLOV_API int32_t klov_cmd_enable_disable_ASB(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                              uint32_t *len);
@@ -79,7 +109,7 @@ KLOV_API int32_t klov_cmd_enable_disable_ASB(uint32_t printer_class, int32_t n, 
  * Transmit status. Answered when the printer gets to it, with one byte for klov_cmd_parse_transmit_status().
  *
  * - Bytes: 1D 72 n
- * - n: 1 or 49 paper sensors, 2 or 50 drawer connector; the whole value is tested, so that 257 is refused.
+ * - n: enum klov_status_kind, 1 or 49, 2 or 50; the whole value is tested, so that 257 is refused.
  */
 KLOV_API int32_t klov_cmd_transmit_status(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap, uint32_t *len);
 
@@ -87,7 +117,7 @@ KLOV_API int32_t klov_cmd_transmit_status(uint32_t printer_class, int32_t n, uin
  * Transmit printer ID.
  *
  * - Bytes: 1D 49 n
- * - n: 1-3 or 49-51; low 8 bits.
+ * - n: enum klov_printer_id, 1-3 or 49-51.
  */
 KLOV_API int32_t klov_cmd_transmit_printer_id(uint32_t printer_class, int32_t n, uint8_t *buf, uint32_t cap,
                                               uint32_t *len);
@@ -110,7 +140,7 @@ KLOV_API int32_t klov_cmd_transmit_printer_version(uint32_t printer_class, uint8
  * - Returns KLOV_OK, or KLOV_E_PARAMETER when class bit 0 is clear or the bytes are no automatic status (fixed bits
  *   wrong); then nothing is written.
  */
-KLOV_API int32_t klov_cmd_parse_ASB_status(uint32_t printer_class, const uint8_t *asb, printer_status *status);
+KLOV_API int32_t klov_cmd_parse_ASB_status(uint32_t printer_class, const uint8_t *asb, klov_printer_status *status);
 
 /**
  * Read the reply byte to klov_cmd_transmit_status().
@@ -123,7 +153,7 @@ KLOV_API int32_t klov_cmd_parse_ASB_status(uint32_t printer_class, const uint8_t
  *   fixed bits of the reply are wrong or status is null.
  */
 KLOV_API int32_t klov_cmd_parse_transmit_status(uint32_t printer_class, int32_t n, int32_t reply,
-                                                printer_status *status);
+                                                klov_printer_status *status);
 
 /**
  * Read the reply byte to klov_cmd_transmit_real_time_status().
@@ -136,7 +166,7 @@ KLOV_API int32_t klov_cmd_parse_transmit_status(uint32_t printer_class, int32_t 
  *   fixed bits of the reply are wrong.
  */
 KLOV_API int32_t klov_cmd_parse_real_time_status(uint32_t printer_class, int32_t n, int32_t reply,
-                                                 printer_status *status);
+                                                 klov_printer_status *status);
 
 /**
  * Read the second status byte that some printers add to a status reply. What its bits mean is the printer's matter.
@@ -146,7 +176,7 @@ KLOV_API int32_t klov_cmd_parse_real_time_status(uint32_t printer_class, int32_t
  *   or 4), drawer_pin3 (0 or 8) and cover_open (0 or 0x10). The byte 0x22 makes all six 0.
  * - Returns KLOV_OK, or KLOV_E_PARAMETER when class bit 0 is clear or status is null.
  */
-KLOV_API int32_t klov_cmd_parse_status2(uint32_t printer_class, int32_t s, printer_status *status);
+KLOV_API int32_t klov_cmd_parse_status2(uint32_t printer_class, int32_t s, klov_printer_status *status);
 
 /**
  * Read the reply to klov_cmd_transmit_printer_version(), by the same class bits as the request.

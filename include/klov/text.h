@@ -18,6 +18,8 @@
 #include <stdint.h>
 #include <wchar.h>
 
+#ifndef KLOV_NO_SHORT_NAMES
+
 /**
  * Wide characters to multibyte text; dst_size and *count_out in bytes. Writes at most as many bytes as the source has
  * wide characters, plus one: a text with characters of two and more bytes loses its end, keeps whole characters and
@@ -29,5 +31,7 @@ KLOV_API int32_t w2a(char *dst, int32_t dst_size, const wchar_t *src, int32_t sr
 /** Multibyte text to wide characters; dst_size and *count_out in wide characters. */
 KLOV_API int32_t a2w(wchar_t *dst, int32_t dst_size, const char *src, int32_t src_len, int32_t code_page,
                      int32_t *count_out);
+
+#endif
 
 #endif

@@ -1,7 +1,8 @@
 /**
  * \file
  * The trace: a private record of what a job does, kept beside the scheduler's log. One trace a process, not guarded
- * against use from several threads. CRC32() sits here because it checks what was recorded.
+ * against use from several threads. CRC32() stands beside it for programs that check what they recorded or sent; the
+ * library itself does not use it.
  */
 #ifndef KLOV_TRACE_H
 #define KLOV_TRACE_H
@@ -43,6 +44,8 @@ KLOV_API void klov_trace_dump(FILE *stream, const uint8_t *bytes, int32_t count)
  */
 KLOV_API void klov_trace_exit(void);
 
+#ifndef KLOV_NO_SHORT_NAMES
+
 /**
  * The checksum of length bytes at data by IEEE 802.3 (reflected polynomial 0xEDB88320, as crc32() of zlib). Begin with
  * crc 0; pass the previous result to go on with the next piece of the same data.
@@ -51,5 +54,7 @@ KLOV_API uint32_t CRC32(uint32_t crc, const uint8_t *data, uint32_t length);
 
 /** The checksum's step for every value of a byte. */
 KLOV_API const uint32_t CRC32Tab[256];
+
+#endif
 
 #endif

@@ -205,7 +205,7 @@ TEST(DefineDownloadedBitImage, RefusesAnEmptyImage)
     check_refused(downloaded_call(256, 1, data, 0), 4);
     check_refused(downloaded_call(256, 1, data, 256 * 8), 4 + 256 * 8);
     check_refused(downloaded_call(0, 1, data, 8), 12);
-    check_refused(downloaded_call(1, 1, data, 0xFFFFFFFF), 3);
+    check_no_room(downloaded_call(1, 1, data, 0xFFFFFFFF));
 }
 
 }  // namespace

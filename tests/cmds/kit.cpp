@@ -183,6 +183,14 @@ void check_refused(const Call &call, uint32_t length, uint32_t printer_class)
     check_class_and_null(call, printer_class, length);
 }
 
+void check_no_room(const Call &call, uint32_t printer_class)
+{
+    for (const uint32_t cap : {0U, 17U, 18U, 100U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        EXPECT_EQ(complaint(call, {printer_class, 17, cap}, refused(KLOV_E_BUFFER_TOO_SMALL)), "");
+    }
+    check_class_and_null(call, printer_class, 0);
+}
+
 std::vector<int32_t> telling_values(const Row &row)
 {
     constexpr int32_t lowest = std::numeric_limits<int32_t>::min();

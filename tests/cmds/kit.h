@@ -58,6 +58,9 @@ void check_accepted(const Call &call, const Bytes &bytes, uint32_t printer_class
 // A command that its parameters forbid: -1 with room for `length` bytes or more, -2 with less: the room comes first.
 void check_refused(const Call &call, uint32_t length, uint32_t printer_class = some_class);
 
+// A command whose data's length wraps with its frame: -2 at any capacity, as no buffer holds it.
+void check_no_room(const Call &call, uint32_t printer_class = some_class);
+
 // How a parameter is tested against its ranges: by its low byte, or with all its 32 bits as a signed number.
 enum class Tested { low_byte, whole };
 

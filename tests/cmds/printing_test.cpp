@@ -304,8 +304,8 @@ TEST(RasterImage, AnOversizedImageInASmallBufferIsARoomFailure)
 TEST(RasterImage, ComputesItsLengthInThirtyTwoBits)
 {
     const Bytes data = sample_data(1);
-    check_refused(image_call(0, -1, 1, data), 7);
-    check_refused(image_call(0, 1, -8, data), 0);
+    check_no_room(image_call(0, -1, 1, data));
+    check_no_room(image_call(0, 1, -8, data));
     check_refused(image_call(0, -2, -3, data), 8 + 6);
     check_refused(image_call(0, 65536, 65536, data), 8);
     EXPECT_EQ(complaint(image_call(0, -9, 1, data), {some_class, 0, 255}, refused(KLOV_E_BUFFER_TOO_SMALL)), "");

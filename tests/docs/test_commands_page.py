@@ -12,9 +12,10 @@ READS = "none: it reads"
 
 # Their bytes depend on how far the paper goes, so that the page gives the group that is repeated.
 REPEATED = {
-    "klov_cmd_print_and_feed_paper": ("1B 4A n, once for every started 255 units", "1B 4A FF for every full 255 units"),
+    "klov_cmd_print_and_feed_paper": (
+        "1B 4A n, once for every started 255 units", "1B 4A FF while more than 255 units remain"),
     "klov_cmd_print_and_reverse_feed_n_line": (
-        "1B 65 n, once for every started 255 lines", "1B 65 FF for every full 255"),
+        "1B 65 n, once for every started 255 lines", "1B 65 FF while more than 255 lines remain"),
 }
 SAME_AS = {"klov_cmd_clearbuffer": "klov_cmd_clear_buffer"}
 
@@ -59,6 +60,22 @@ class CommandsPage(unittest.TestCase):
                     known = [form for text in in_header for form in forms(text)]
                     for form in stated.removesuffix(", twice").split(", or "):
                         self.assertIn(form, known)
+
+    def test_the_long_form_of_graphics_has_the_prefixes_of_the_headers(self):
+        described = headers.described_bytes()
+        long_forms = {name: text for name, texts in described.items() for text in texts if "p1 p2 p3 p4 30" in text}
+        self.assertEqual(len(long_forms), 6)
+        rows = "klov_cmd_store_the_graphics_data_in_the_print_buffer_raster_gmode"
+        for name, text in long_forms.items():
+            self.assertIn("1D 38 4C" if name == rows else "1D 28 4C p1", text)
+        self.assertIn("rows that go to the print buffer then begin with 1D 38 4C, all others keep 1D 28 4C", PAGE)
+
+    def test_symbols_are_set_up_before_their_data(self):
+        for symbol in ("qr", "pdf417"):
+            names = re.findall(rf"^\| klov_cmd_{symbol}_(\w+)\(\)", PAGE, re.M)
+            kinds = [name.split("_")[0] for name in names]
+            self.assertEqual(kinds[-3:], ["store", "print", "transmit"])
+            self.assertTrue({"select", "set"} >= set(kinds[:-3]), kinds)
 
     def test_every_link_has_its_target(self):
         targets = re.findall(r'<a name="(\w+)"></a>', PAGE)

@@ -35,6 +35,15 @@ class Headers(unittest.TestCase):
                         result = compile_text(compiler, language, text)
                         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
+    def test_the_buffer_for_cpp_compiles_alone(self):
+        names, language = LANGUAGES["C++17"]
+        for compiler in compilers(names):
+            with self.subTest(compiler=compiler):
+                text = "#include <klov/klov.hpp>\n#include <klov/klov.hpp>\n"
+                text += "int f() { klov::buffer b(1); return b.try_add(klov_cmd_select_justification, 1); }\n"
+                result = compile_text(compiler, language, text)
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+
     def test_the_compilers_find_what_is_wrong(self):
         for names, language in LANGUAGES.values():
             for compiler in compilers(names):

@@ -41,6 +41,18 @@ class Reference(unittest.TestCase):
                 # The heading of its description.
                 self.assertIn(f"\u25c6 {name}{'()' if mark == '(' else ''} ", page)
 
+    def test_has_every_constant_and_record(self):
+        pages = " ".join(plain(path) for path in self.out.glob("*.html"))
+        named = set()
+        for header in headers.HEADERS:
+            text = header.read_text(encoding="ascii")
+            named.update(re.findall(r"^\s*(KLOV_\w+) = \w+,?\s*/\*\*<", text, re.M))
+            named.update(re.findall(r"^enum (klov_\w+) \{", text, re.M))
+            named.update(re.findall(r"^\} (klov_\w+);", text, re.M))
+            named.update(name for name in re.findall(r"^#define (\w+)", text, re.M) if not name.endswith("_H"))
+        self.assertGreater(len(named), 150)
+        self.assertEqual({name for name in named if not re.search(rf"\b{name}\b", pages)}, set())
+
     def test_commands_are_links(self):
         # Doxygen has changed how it writes the folder's slash in a name.
         (path,) = self.out.glob("md_docs_*commands.html")
@@ -80,6 +92,19 @@ class MissingDescription(unittest.TestCase):
         text = (headers.INCLUDE / "klov" / "status.h").read_text(encoding="ascii")
         described = re.search(r"uint8_t cover_open; +/\*\*<.*", text).group(0)
         self.assertIn("cover_open", self.refused("status.h", described, "uint8_t cover_open;"))
+
+    def test_of_a_value_is_there(self):
+        # Doxygen itself says nothing about a value without words.
+        for header in headers.HEADERS:
+            for enum in re.findall(r"^enum \w+ \{(.*?)^\};", header.read_text(encoding="ascii"), re.M | re.S):
+                values = re.findall(r"^ {4}(KLOV_\w+)", enum, re.M)
+                described = re.findall(r"^ {4}(KLOV_\w+) = \w+,? */\*\*< *\w", enum, re.M)
+                self.assertEqual(values, described, header.name)
+                self.assertGreater(len(values), 1, header.name)
+
+    def test_of_a_member_of_the_buffer_is_refused(self):
+        said = self.refused("klov.hpp", "    /** Forgets all of them. */\n", "")
+        self.assertIn("clear", said)
 
     def test_of_a_constant_is_refused(self):
         said = self.refused("model.h", "#define MODEL_PROP_ID", "#define MODEL_NEW 1\n#define MODEL_PROP_ID")

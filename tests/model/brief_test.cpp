@@ -22,7 +22,7 @@ struct listing {
 listing expected_listing(const std::string &manufacturer, int32_t size)
 {
     listing result;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         const std::string name = row.model_name;
         if (row.manufacturer != manufacturer) {
             continue;
@@ -39,7 +39,7 @@ listing expected_listing(const std::string &manufacturer, int32_t size)
 std::set<std::string> manufacturers()
 {
     std::set<std::string> result;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         result.insert(row.manufacturer);
     }
     return result;
@@ -49,8 +49,8 @@ std::set<std::string> manufacturers()
 
 TEST(FindById, FindsTheFirstRowOfTheFamily)
 {
-    for (const model_brief &row : model_brief_table) {
-        const model_brief *first = model_brief_table;
+    for (const model_brief &row : model_rows) {
+        const model_brief *first = model_rows;
         while (first->id != row.id) {
             first++;
         }
@@ -61,8 +61,8 @@ TEST(FindById, FindsTheFirstRowOfTheFamily)
 
 TEST(FindById2, LeavesTheValuesOfTheFamilysLastRow)
 {
-    for (const model_brief &row : model_brief_table) {
-        const model_brief *last = model_brief_table + catalogue_rows - 1;
+    for (const model_brief &row : model_rows) {
+        const model_brief *last = model_rows + catalogue_rows - 1;
         while (last->id != row.id) {
             last--;
         }
@@ -113,8 +113,8 @@ TEST(FindById2, RefusesANullRecord)
 
 TEST(FindByName, FindsTheFirstRowOfEveryName)
 {
-    for (const model_brief &row : model_brief_table) {
-        const model_brief *first = model_brief_table;
+    for (const model_brief &row : model_rows) {
+        const model_brief *first = model_rows;
         while (strcmp(first->model_name, row.model_name) != 0) {
             first++;
         }
@@ -124,8 +124,8 @@ TEST(FindByName, FindsTheFirstRowOfEveryName)
 
 TEST(FindByIdentity, FindsTheFirstRowOfEveryIdentity)
 {
-    for (const model_brief &row : model_brief_table) {
-        const model_brief *first = model_brief_table;
+    for (const model_brief &row : model_rows) {
+        const model_brief *first = model_rows;
         while (strcmp(first->identity, row.identity) != 0) {
             first++;
         }
@@ -146,14 +146,14 @@ TEST(FindByName, IsCaseSensitive)
 TEST(FindByName, UnknownFindsTheClosingRow)
 {
     const model_brief *row = klov_printer_model_brief_find_by_name("unknown");
-    ASSERT_EQ(row, &model_brief_table[catalogue_rows - 1]);
+    ASSERT_EQ(row, &model_rows[catalogue_rows - 1]);
     EXPECT_EQ(row->id, 0xFFFFFFFFU);
     EXPECT_EQ(row->width, 0);
 }
 
 TEST(GetInfoById, GivesNameRawTypeAndWidthOfTheFirstRow)
 {
-    for (const model_brief &any : model_brief_table) {
+    for (const model_brief &any : model_rows) {
         const model_brief *row = klov_printer_model_brief_find_by_id(any.id);
         const char *name = nullptr;
         int32_t type = unset;
@@ -250,7 +250,7 @@ TEST(Listing, ANameThatDoesNotFitIsSkippedAndALaterShorterOneIsNot)
     std::string before;
     std::string later;
     bool behind = false;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         const std::string name = row.model_name;
         if (std::string(row.manufacturer) != "Brelvik") {
             continue;
@@ -278,7 +278,7 @@ TEST(Listing, TheEmptyManufacturerListsTheUnbrandedModels)
     int32_t total = unset;
     EXPECT_EQ(klov_printer_model_get_manufacture_modelnames("", buffer, sizeof buffer, &total), KLOV_OK);
     std::string names;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         names += *row.manufacturer == '\0' ? std::string(row.model_name) + "\t" : "";
     }
     EXPECT_EQ(buffer, names);

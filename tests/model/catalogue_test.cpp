@@ -18,7 +18,7 @@ constexpr size_t closing_row = catalogue_rows - 1;
 // Every model, the closing row left out.
 std::span<const model_brief> models()
 {
-    return {model_brief_table, closing_row};
+    return {model_rows, closing_row};
 }
 
 bool is_same(const model_brief &one, const model_brief &other)
@@ -112,7 +112,7 @@ auto count_rows(Test test)
 
 TEST(Catalogue, ClosesWithTheUnknownRow)
 {
-    const model_brief &last = model_brief_table[closing_row];
+    const model_brief &last = model_rows[closing_row];
     EXPECT_EQ(last.id, 0xFFFFFFFFU);
     EXPECT_STREQ(last.manufacturer, "Unknown");
     EXPECT_STREQ(last.model_name, "unknown");

@@ -139,7 +139,7 @@ TEST(Family, EveryDeliveredModelHasItsFamilysProperties)
 
 TEST(Family, EveryModelHasItsRowAndWhatAllModelsShare)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         SCOPED_TRACE(row.model_name);
         int32_t result = 0;
         const printer_model model = filled(row, &result);
@@ -188,7 +188,7 @@ TEST(Family, ClassWordHasTheIdsLowByteInBits16To23)
 // catalogue model makes such a word (only the id's low byte goes in); callers that build their own do.
 TEST(Family, NoModelsClassWordSelectsTheLongPrintAreaForm)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         int32_t result = 0;
         EXPECT_NE(filled(row, &result).type >> 16, 0x1102U);
     }
@@ -204,7 +204,7 @@ TEST(Family, TheTwoFontTextsAreTheSame)
 TEST(Family, TheLongBarCodeSetIsNeverAssigned)
 {
     EXPECT_STREQ(BARCODESET_2, "UPC-A,UPC-E,EAN8,EAN13,CODE39,ITF,CODEBAR,CODE128,CODE93,QRCODE,PDF417");
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         int32_t result = 0;
         EXPECT_EQ(filled(row, &result).barcode_set, BARCODESET_DEFAULT);
     }

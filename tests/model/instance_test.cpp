@@ -42,7 +42,7 @@ struct ModelCache : testing::Test {
 
 TEST(Creator, MakesTheFirstModelOfAnId)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         printer_model *model = nullptr;
         ASSERT_EQ(klov_printer_model_creator(row.id, &model), KLOV_OK);
         EXPECT_EQ(model->size, sizeof(printer_model));
@@ -55,7 +55,7 @@ TEST(Creator, MakesTheFirstModelOfAnId)
 
 TEST(Creator, MakesEveryModelByNameAndByIdentity)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         printer_model *model = create(row.model_name);
         ASSERT_NE(model, nullptr);
         EXPECT_EQ(model->identity, klov_printer_model_brief_find_by_name(row.model_name)->identity);
@@ -136,7 +136,7 @@ TEST(Creator, AFamilyWithoutPropertiesGetsTheDefaults)
 TEST(Creator, WidthsMakeWholeRasterBytes)
 {
     for (const auto &[dots, bytes] : {std::pair{576, 72}, {384, 48}, {1680, 210}}) {
-        const model_brief *row = model_brief_table;
+        const model_brief *row = model_rows;
         while (row->width != dots) {
             row++;
         }
@@ -149,7 +149,7 @@ TEST(Creator, WidthsMakeWholeRasterBytes)
 
 TEST(Refill, GivesWhatACreatorGives)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         printer_model *created = create(row.model_name);
         ASSERT_NE(created, nullptr);
         printer_model model = {};
@@ -257,7 +257,7 @@ TEST_F(ModelCache, AnsweringTheSameIdTwiceCreatesOneInstance)
 TEST_F(ModelCache, HoldsEveryFamilyAtOnce)
 {
     std::set<uint32_t> ids;
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         printer_model *model = nullptr;
         ASSERT_EQ(get_model_instance(row.id, &model), KLOV_OK);
         ASSERT_NE(model, nullptr);

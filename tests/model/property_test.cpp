@@ -65,7 +65,7 @@ struct IdProperty : testing::Test {
 TEST(Property, IdIsAnIntLeastSignificantByteFirst)
 {
     for (const query function : {klov_printer_model_get_property, klov_printer_model_get_property_wchar}) {
-        for (const model_brief &row : model_brief_table) {
+        for (const model_brief &row : model_rows) {
             std::string bytes;
             for (uint32_t shift = 0; shift < 32; shift += 8) {
                 bytes.push_back(static_cast<char>(static_cast<uint8_t>(row.id >> shift)));
@@ -91,7 +91,7 @@ TEST(Property, IdIntoTwoBytesStoresTheTwoLowBytesAndReportsFour)
 
 TEST(Property, StringsAreCutToTheBufferWithoutATerminator)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         const printer_model model = model_of(row);
         for (const auto &[key, text] : {std::pair{MODEL_PROP_NAME, std::string(model.model_name)},
                                         {MODEL_PROP_PAGEMODE_AREA, model.pagemode_area}}) {
@@ -198,7 +198,7 @@ TEST(Property, EitherOutputMayBeMissing)
 // Callers of the wide query have always got the narrow text and a doubled length, and halve it.
 TEST(WideProperty, StringsStayNarrowWithADoubledLength)
 {
-    for (const model_brief &row : model_brief_table) {
+    for (const model_brief &row : model_rows) {
         const printer_model model = model_of(row);
         for (const int32_t key : {MODEL_PROP_NAME, MODEL_PROP_PAGEMODE_AREA}) {
             for (int32_t size = 1; size <= largest; size++) {

@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -48,11 +49,14 @@ class BinaryInterface(unittest.TestCase):
     def test_the_library_exports_every_listed_name(self):
         """Programs in the field link to them. New names stand in the headers, and here from a release on."""
         with open(os.path.join(SOURCE, "packaging", "libklov.symbols"), encoding="ascii") as text:
-            listed = [line.strip() for line in text if not line.startswith("#")]
+            rows = [line.split() for line in text if not line.startswith("#")]
+        listed = [name for name, _ in rows]
         exported = [line.split()[-1].split("@")[0] for line in run("nm", "-D", "--defined-only", LIBRARY).splitlines()]
         self.assertEqual(set(listed) - set(exported), set(), "these names of packaging/libklov.symbols are gone")
         self.assertEqual(listed, sorted(set(listed)))
         self.assertGreater(len(listed), 150)
+        for _, version in rows:
+            self.assertRegex(version, r"^\d+\.\d+\.\d+$")
 
     def test_the_library_needs_libc_only(self):
         self.assertEqual({name for name in needed(LIBRARY) if not name.startswith("ld-linux")}, {"libc.so.6"})
@@ -67,7 +71,7 @@ class BinaryInterface(unittest.TestCase):
 
 class Consumers(unittest.TestCase):
     def setUp(self):
-        libraries = os.path.dirname(find(stage, "libklov.so.0.1.0"))
+        libraries = os.path.dirname(find(stage, "libklov.so.0"))
         self.environment = dict(os.environ, LD_LIBRARY_PATH=libraries,
                                 PKG_CONFIG_PATH=os.path.join(libraries, "pkgconfig"))
 
@@ -89,6 +93,20 @@ class Consumers(unittest.TestCase):
         self.assertNotIn("libklov", " ".join(needed(build + "/static")))
 
 
+class PythonPackage(unittest.TestCase):
+    @unittest.skipUnless(os.path.exists(os.path.join(BUILD, "python", "klov", "commands.py")), "no Python package")
+    def test_it_is_imported_from_where_it_was_installed(self):
+        run(CMAKE, "--install", BUILD, "--component", "python", "--prefix", stage)
+        libraries = os.path.dirname(find(stage, "libklov.so.0"))
+        folder = os.path.dirname(os.path.dirname(find(stage, "receipt.py")))
+        environment = dict(os.environ, PYTHONPATH=folder, LD_LIBRARY_PATH=libraries)
+        words = run(sys.executable, "-B", "-c", "import klov; print(klov.__file__, bytes(klov.Receipt()).hex())",
+                    env=environment).split()
+        self.assertTrue(words[0].startswith(stage))
+        self.assertEqual(words[1], "1b40")
+        self.assertTrue(os.path.exists(os.path.join(folder, "klov", "py.typed")))
+
+
 class Places(unittest.TestCase):
     def test_filter_and_driver_file_go_where_cups_looks(self):
         root = os.path.join(work, "root")
@@ -105,7 +123,7 @@ class Places(unittest.TestCase):
     def test_all_public_headers_are_installed(self):
         there = set(os.listdir(os.path.dirname(find(stage, "klov.h"))))
         self.assertEqual(there, {name for name in os.listdir(os.path.join(SOURCE, "include", "klov"))
-                                 if name.endswith(".h")})
+                                 if name.endswith((".h", ".hpp"))})
 
 
 if __name__ == "__main__":
