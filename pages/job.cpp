@@ -2,7 +2,7 @@
 
 #include "pages/log.h"
 
-#include <cups/cups.h>
+#include <cups/ppd.h>
 #include <strings.h>
 #include <algorithm>
 #include <charconv>
