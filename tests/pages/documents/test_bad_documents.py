@@ -42,7 +42,7 @@ class BadDocuments(DocumentTest):
         self.assertIn("password", self.refused(document)[0])
 
     def test_five_kilometres(self):
-        document = Page(self.path("far.pdf"), 72, 5000000).save()
+        document = Page(self.path("far.pdf"), 72, 5000000).rule(6, 10).save()
         self.assertIn("Page 1", self.refused(document)[0])
 
     def test_a_good_page_before_a_bad_one_is_printed_whole(self):
@@ -73,7 +73,7 @@ class BadDocuments(DocumentTest):
         self.assertEqual(piped, named)
 
     def test_the_scheduler_shows_the_reason(self):
-        document = Page(self.path("far2.pdf"), 72, 5000000).save()
+        document = Page(self.path("far2.pdf"), 72, 5000000).rule(6, 10).save()
         self.assertTrue(any("longer than 100 m" in line for line in self.fails("receipt", document)))
 
 
