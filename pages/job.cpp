@@ -241,11 +241,11 @@ std::string choice(ppd_file_t *ppd, const Options &options, const char *keyword)
 void read_dots(ppd_file_t *ppd, const Options &options, DotSettings &dots)
 {
     const std::string dither = choice(ppd, options, "Dither");
-    if (same_word(dither, "Ordered"))
+    if (same_word(dither, "ordered"))
         dots.dither = Dither::ordered;
-    else if (same_word(dither, "Threshold"))
+    else if (same_word(dither, "threshold"))
         dots.dither = Dither::threshold;
-    else if (!dither.empty() && !same_word(dither, "Diffusion"))
+    else if (!dither.empty() && !same_word(dither, "diffusion"))
         warn("Dither", dither);
 
     const std::string darkness = choice(ppd, options, "Darkness");

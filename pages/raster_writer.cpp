@@ -50,7 +50,7 @@ cups_page_header2_t header_of(const RollPage &page)
 RasterWriter::RasterWriter(int descriptor)
     : descriptor_(descriptor), raster_(cupsRasterOpenIO(take, this, CUPS_RASTER_WRITE))
 {
-    works_ = raster_ != nullptr;
+    works_ = works_ && raster_ != nullptr;
     buffer_.reserve(buffer_size);
 }
 

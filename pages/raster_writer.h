@@ -47,11 +47,11 @@ private:
     bool put_bytes(const std::uint8_t *bytes, std::size_t count);
 
     int descriptor_;
-    cups_raster_t *raster_;
     std::vector<std::uint8_t> buffer_;
     std::size_t row_bytes_ = 0;
     std::size_t rows_left_ = 0;
     bool works_ = true;
+    cups_raster_t *raster_;  // the last: opening it writes the first bytes into the buffer
 };
 
 }  // namespace pages

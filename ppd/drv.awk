@@ -124,6 +124,8 @@ function write_common() {
     print "Version 0.1"
     print "DriverType custom"
     print "Filter application/vnd.cups-raster 0 rastertoklov"
+    # Documents that the document filters have placed on the roll; the same raster, so the same filter prints it.
+    print "Filter application/vnd.klov-roll 0 rastertoklov"
     print "ColorDevice No"
     print "Throughput 1"
     # The filter prints the copies itself, from the page header.

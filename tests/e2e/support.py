@@ -20,9 +20,9 @@ import tables  # noqa: E402  (the readers of the model and option tables)
 PATIENCE = 60
 
 
-def start_scheduler():
+def start_scheduler(documents=False):
     """For setUpModule: a scheduler that is stopped after the module's last test."""
-    cups = Scheduler()
+    cups = Scheduler(documents)
     cups.__enter__()
     unittest.addModuleCleanup(cups.__exit__)
     return cups

@@ -54,7 +54,9 @@ class EveryModel(unittest.TestCase):
 
     def test_the_raster_goes_to_the_filter_which_makes_the_copies(self):
         for ppd in ppds:
-            self.assertEqual(ppd.value("cupsFilter"), "application/vnd.cups-raster 0 rastertoklov")
+            filters = [line[3].strip('"') for line in ppd.lines if line[0] == "cupsFilter"]
+            self.assertEqual(filters, ["application/vnd.cups-raster 0 rastertoklov",
+                                       "application/vnd.klov-roll 0 rastertoklov"])
             self.assertEqual(ppd.value("cupsManualCopies"), "False")
             self.assertEqual(ppd.value("cupsSNMPSupplies"), "False")
 
@@ -157,8 +159,9 @@ class Options(unittest.TestCase):
 
     def test_a_choice_is_a_number_that_the_filter_reads(self):
         for option in tables.options().values():
-            for value in option.choices:
-                self.assertRegex(value, r"^\d+$")
+            if option.keyword not in tables.DOCUMENT_OPTIONS:
+                for value in option.choices:
+                    self.assertRegex(value, r"^\d+$")
 
     def test_a_mobile_printer_has_neither_cutter_nor_drawer(self):
         mobile = [model["identity"] for model in tables.drivable_models() if tables.printer_class(model) == "mobile"]
@@ -190,7 +193,15 @@ class Options(unittest.TestCase):
         """The filter's table of keywords, taken from its source, is the table of the driver."""
         with open(os.path.join(tables.SOURCE, "filter", "options.cpp"), encoding="utf-8") as source:
             keywords = set(re.findall(r'\.keyword = "(\w+)"', source.read()))
-        self.assertEqual(keywords, set(tables.options()))
+        self.assertEqual(keywords, set(tables.options()) - tables.DOCUMENT_OPTIONS)
+
+    def test_the_document_filters_read_every_choice_that_is_theirs(self):
+        with open(os.path.join(tables.SOURCE, "pages", "job.cpp"), encoding="utf-8") as source:
+            text = source.read()
+        self.assertEqual(set(re.findall(r'choice\(ppd, options, "(Dither|Darkness)"\)', text)), tables.DOCUMENT_OPTIONS)
+        for value in tables.options()["Dither"].choices:
+            self.assertIn('"%s"' % value, text)
+        self.assertEqual(sorted(map(int, tables.options()["Darkness"].choices)), list(range(-3, 4)))
 
     def test_the_table_in_the_documentation_is_the_current_one(self):
         with open(os.path.join(tables.SOURCE, "docs", "printers.md"), encoding="utf-8") as page:
