@@ -174,11 +174,21 @@ Glyph GlyphMaker::draw(const Cell &cell)
         PangoRectangle logical;
         pango_layout_get_extents(layout, nullptr, &logical);
         const double wide = static_cast<double>(logical.width) / PANGO_SCALE;
-        // Other fonts have other widths: what is too wide is made narrower, what is narrower stands in the middle.
-        const double squeeze = wide > columns + 0.5 ? columns / wide : 1;
-        const double left = std::max(0.0, std::floor((columns - wide * squeeze) / 2 + 0.25));
-        cairo_translate(cairo.get(), left, pango_->baseline);
-        cairo_scale(cairo.get(), squeeze, 1);
+        const bool fills_two = cell.columns == 2 && wide < columns && wide > columns * 0.75;
+        if (fills_two) {
+            // Characters of two columns are drawn as large as their cells: they have many strokes.
+            const double scale = columns / wide;
+            const double high = scale * logical.height / PANGO_SCALE;
+            const double ascent = scale * pango_layout_get_baseline(layout) / PANGO_SCALE;
+            cairo_translate(cairo.get(), 0, std::round((rows - high) / 2 + ascent));
+            cairo_scale(cairo.get(), scale, scale);
+        } else {
+            // Other fonts have other widths: what is too wide is made narrower, what is narrower stands in the middle.
+            const double squeeze = wide > columns + 0.5 ? columns / wide : 1;
+            const double left = std::max(0.0, std::floor((columns - wide * squeeze) / 2 + 0.25));
+            cairo_translate(cairo.get(), left, pango_->baseline);
+            cairo_scale(cairo.get(), squeeze, 1);
+        }
         pango_cairo_show_layout_line(cairo.get(), pango_layout_get_line_readonly(layout, 0));
     }
     cairo_surface_flush(surface.get());
@@ -204,7 +214,16 @@ void GlyphMaker::note_missing(std::string_view text)
     if (missing_.size() >= most_named) {
         return;
     }
-    const char32_t code = front_character(text).code;
+    // Of a character with marks, the first that is missing.
+    char32_t code = 0;
+    for (Character next = front_character(text); next.size > 0; next = front_character(text)) {
+        code = next.code;
+        pango_layout_set_text(pango_->layout.get(), text.data(), static_cast<int>(next.size));
+        if (pango_layout_get_unknown_glyphs_count(pango_->layout.get()) > 0) {
+            break;
+        }
+        text.remove_prefix(next.size);
+    }
     auto *scripts = static_cast<GEnumClass *>(g_type_class_ref(PANGO_TYPE_SCRIPT));
     const GEnumValue *script = g_enum_get_value(scripts, static_cast<int>(g_unichar_get_script(code)));
     char name[64];

@@ -2,7 +2,7 @@
 
 #include "pages/bit_page.h"
 #include "pages/image_turn.h"
-#include "pages/log.h"
+#include "pages/limits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -68,6 +68,9 @@ public:
         const bool repeats = job_.collate && pages_.size() > 1;
         for (unsigned copy = 0; copy < (repeats ? job_.copies : 1); ++copy) {
             for (const TextPage &page : pages_) {
+                if (is_cancelled()) {
+                    return std::nullopt;
+                }
                 if (!print_page(page, repeats ? 1 : job_.copies)) {
                     return Failure{"The printer's filter does not take the text."};
                 }

@@ -1,4 +1,5 @@
 // texttoroll: plain text in, one long page of the roll out.
+#include "pages/limits.h"
 #include "pages/log.h"
 #include "pages/text_clean.h"
 #include "pages/text_page.h"
@@ -6,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -59,8 +59,8 @@ std::optional<Failure> run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // A filter behind that is gone shows as a failed write.
-    std::signal(SIGPIPE, SIG_IGN);
+    pages::set_limits();
+    pages::begin_work_on_page(0);
     try {
         if (const auto failure = run(argc, argv)) {
             pages::log_error(failure->text);
