@@ -106,31 +106,43 @@ bool is_strong(const Cell &cell)
     return cell.rightwards && g_unichar_isalpha(code) != FALSE;
 }
 
-// Runs that are written to the left, blanks and figures between them included, are turned round; figures in them keep
-// their order.
-void reorder(std::vector<Cell> &cells)
+using Place = std::vector<Cell>::iterator;
+
+// Turns cells round; numbers in them, and words that are written to the right, keep their order.
+void turn_round(Place from, Place end)
 {
-    for (auto from = cells.begin(); from != cells.end(); ++from) {
-        if (from->rightwards) {
+    std::reverse(from, end);
+    while (from != end) {
+        if (!is_strong(*from) && !is_figure(*from)) {
+            ++from;
             continue;
         }
-        auto last = from;
-        for (auto to = from; to != cells.end() && !is_strong(*to); ++to) {
-            if (!to->rightwards) {
+        const bool word = is_strong(*from);
+        Place last = from;
+        for (Place to = from; to != end && to->rightwards && (word || !is_blank(*to)); ++to) {
+            if (is_strong(*to) || is_figure(*to)) {
                 last = to;
             }
         }
         std::reverse(from, last + 1);
-        for (auto figures = from; figures <= last; ++figures) {
-            auto end = figures;
-            while (end <= last && is_figure(*end)) {
-                ++end;
-            }
-            if (end != figures) {
-                std::reverse(figures, end);
-                figures = end - 1;
+        from = last + 1;
+    }
+}
+
+// Runs that are written to the left, with blanks and numbers between them.
+void turn_runs(std::vector<Cell> &cells)
+{
+    for (Place from = cells.begin(); from != cells.end(); ++from) {
+        if (from->rightwards) {
+            continue;
+        }
+        Place last = from;
+        for (Place to = from; to != cells.end() && !is_strong(*to); ++to) {
+            if (!to->rightwards) {
+                last = to;
             }
         }
+        turn_round(from, last + 1);
         from = last;
     }
 }
@@ -155,8 +167,10 @@ void finish(Line &line, unsigned columns)
     if (std::ranges::all_of(line.cells, &Cell::rightwards)) {
         return;
     }
-    reorder(line.cells);
-    if (leftwards) {
+    if (!leftwards) {
+        turn_runs(line.cells);
+    } else {
+        turn_round(line.cells.begin(), line.cells.end());
         line.cells.insert(line.cells.begin(), columns - std::min(columns, width_of(line.cells)), Cell{blank});
     }
 }
