@@ -36,6 +36,12 @@ public:
         return bits_[i + 1] << distance | bits_[i] >> (word_bits - distance);
     }
 
+    // The 64 dots to the left of the row.
+    Word &left_side()
+    {
+        return bits_.front();
+    }
+
     // Everything inside the row; what lies outside stays.
     void fill(Word everywhere)
     {

@@ -17,6 +17,12 @@ void Diffusion::skip_row()
     }
 }
 
+void Diffusion::clear()
+{
+    skip_row();
+    rightwards_ = true;
+}
+
 // 7/16 of an error go on, 3/16, 5/16 and the rest to the three dots below.
 template <int step>
 void Diffusion::shade_run(const std::uint8_t *grey, std::ptrdiff_t first, std::ptrdiff_t end, BitRow &dots)

@@ -17,6 +17,8 @@ public:
     void shade_row(const std::uint8_t *grey, const BitRow &shaded, BitRow &dots);
     // Instead of a row where nothing is shaded.
     void skip_row();
+    // Before a new page.
+    void clear();
 
 private:
     template <int step>

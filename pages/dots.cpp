@@ -72,13 +72,12 @@ public:
 
     void finish()
     {
-        const std::size_t rows = std::min<std::size_t>(pushed_, StrokeFinder::delay);
-        for (std::size_t i = 0; i < rows; ++i) {
+        for (std::size_t i = 0; i < StrokeFinder::delay && pushed_ > 0; ++i) {
             strokes_.push_paper();
             advance();
         }
         strokes_.clear();
-        diffusion_.skip_row();
+        diffusion_.clear();
         pushed_ = 0;
     }
 

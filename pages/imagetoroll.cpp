@@ -1,12 +1,12 @@
 // imagetoroll: a picture in, one page of the roll out.
 #include "pages/image_page.h"
+#include "pages/limits.h"
 #include "pages/log.h"
 #include "pages/raster_writer.h"
 
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <new>
 #include <string>
@@ -64,8 +64,8 @@ std::optional<Failure> run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // A filter behind that is gone shows as a failed write.
-    std::signal(SIGPIPE, SIG_IGN);
+    pages::set_limits();
+    pages::begin_work_on_page(0);
     try {
         if (const auto failure = run(argc, argv)) {
             pages::log_error(failure->text);

@@ -110,6 +110,7 @@ void StrokeFinder::push_paper()
     Row &row = at(0);
     row.paper.fill(all);
     row.paper_pairs.fill(all);
+    row.paper_pairs.left_side() = all;
     row.black.fill(0);
     row.dark.fill(0);
     row.stroke_ink.fill(0);
@@ -148,6 +149,8 @@ void StrokeFinder::split(const std::uint8_t *grey, Row &row)
     for (std::size_t i = 0; i < words_; ++i) {
         row.paper_pairs[i] = row.paper[i] & row.paper.right(i, 1);
     }
+    // The pair that the row's first dot makes with the one outside.
+    row.paper_pairs.left_side() = all >> 1 | row.paper[0] << (word_bits - 1);
     row.kind = greys_between != 0 ? RowKind::shaded : RowKind::solid;
 }
 
@@ -159,6 +162,7 @@ void StrokeFinder::extend()
     for (std::size_t i = 0; i < words_; ++i) {
         second.paper_squares[i] = second.paper_pairs[i] & first.paper_pairs[i];
     }
+    second.paper_squares.left_side() = second.paper_pairs.left_side() & first.paper_pairs.left_side();
     const BitRow &above = at(2).paper_squares;
     for (std::size_t i = 0; i < words_; ++i) {
         const BitRow &here = second.paper_squares;
