@@ -122,7 +122,7 @@ struct Shades {
     }
     Shade shade() const
     {
-        if (grey || (black && pale))
+        if (grey || pale)
             return Shade::grey;
         return black ? Shade::black : Shade::none;
     }
@@ -211,11 +211,34 @@ std::optional<Failure> PageDrawing::draw_part(long top, long bottom, Shade shade
     return std::nullopt;
 }
 
+// Every part that is drawn goes through the page's contents and fonts anew, so a short part goes with its neighbours
+// where those can draw it too.
+void join_short_parts(std::vector<Shade> &blocks)
+{
+    constexpr std::size_t short_blank = 16;
+    constexpr std::size_t short_black = 5;
+    const auto join = [&](Shade shade, std::size_t longest) {
+        for (std::size_t i = 0; i < blocks.size();) {
+            std::size_t end = i;
+            while (end < blocks.size() && blocks[end] == blocks[i])
+                end++;
+            const bool inside = i > 0 && end < blocks.size();
+            if (inside && blocks[i] == shade && end - i <= longest)
+                std::fill(blocks.begin() + static_cast<std::ptrdiff_t>(i),
+                          blocks.begin() + static_cast<std::ptrdiff_t>(end), std::min(blocks[i - 1], blocks[end]));
+            i = end;
+        }
+    };
+    join(Shade::none, short_blank);
+    join(Shade::black, short_black);
+}
+
 std::optional<Failure> PageDrawing::draw_band(long top, long bottom, const std::function<bool()> &sent)
 {
     std::vector<Shade> blocks;
     if (auto failure = look_at(top, bottom, blocks))
         return failure;
+    join_short_parts(blocks);
     for (std::size_t i = 0; i < blocks.size();) {
         std::size_t end = i;
         while (end < blocks.size() && blocks[end] == blocks[i])
