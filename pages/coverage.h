@@ -13,9 +13,9 @@
 namespace pages {
 
 // Rows of grey pixels, fine_pixels x fine_pixels of them a dot (0 is ink, 255 is paper), become rows of grey dots:
-//   - of two greys in a dot, the darker wins when it covers at least 37 %;
+//   - of two greys in a dot, the darker wins when it covers half or more;
 //   - three or more greys, as pictures have them, are averaged;
-//   - a stroke that covers 37 % of no dot still is one dot wide: nothing drawn vanishes.
+//   - a stroke that covers half of no dot still is one dot wide: nothing drawn vanishes.
 // Thin strokes show only by the rows around, so rows leave two rows late; finish() sends the rest.
 class Coverage {
 public:
@@ -46,6 +46,7 @@ private:
     static void clear(Row &row);
     void next_row();
     void keep_strokes();
+    static bool is_soft_edge(unsigned one_end, unsigned other_end);
     bool is_upright_stroke(std::size_t x) const;
     bool is_level_stroke(std::size_t x) const;
     const Row &row_at(int distance) const
