@@ -133,7 +133,8 @@ def plain_text_seeds():
     yield "cut", b"\x08\2" + b"a line that is cut and not wrapped\nnext"
 
 
-SEEDS = {"pictures": picture_seeds(), "plain_text": plain_text_seeds(), "unpacking": unpacking_seeds(), "raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
+SEEDS = {"pictures": picture_seeds(), "plain_text": plain_text_seeds(),
+         "unpacking": unpacking_seeds(), "raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
          "compression": compression_seeds(), "encoders": random_seeds(2, 48), "properties": random_seeds(3, 32),
          "replies": reply_seeds(), "texts": text_seeds()}
 
