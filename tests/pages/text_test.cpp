@@ -102,7 +102,8 @@ TEST(TextClean, WhateverComesBecomesCleanUtf8)
             const pages::Character next = pages::front_character(left);
             ASSERT_GT(next.size, 0U);
             const bool control = next.code < 32 || (next.code >= 127 && next.code < 160);
-            ASSERT_TRUE(!control || next.code == '\n' || next.code == '\t' || next.code == '\f') << static_cast<unsigned>(next.code);
+            ASSERT_TRUE(!control || next.code == '\n' || next.code == '\t' || next.code == '\f')
+                << static_cast<unsigned>(next.code);
             left.remove_prefix(next.size);
         }
     }
