@@ -1,6 +1,7 @@
 #include "pages/coverage.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -46,6 +47,14 @@ void Coverage::put_rows(const std::uint8_t *pixels, std::size_t stride, std::siz
 {
     for (std::size_t y = 0; y + fine <= rows; y += fine) {
         measure(pixels + y * stride, stride, rows_.back());
+        next_row();
+    }
+}
+
+void Coverage::put_bits(const std::uint8_t *bits, std::size_t stride, std::size_t rows)
+{
+    for (std::size_t y = 0; y + fine <= rows; y += fine) {
+        measure_bits(bits + y * stride, stride, rows_.back());
         next_row();
     }
 }
@@ -101,6 +110,35 @@ void Coverage::measure(const std::uint8_t *pixels, std::size_t stride, Row &row)
     row.undecided = false;
     for (std::size_t x = 0; x < width_; x++)
         measure_dot(pixels + x * fine, stride, x, row);
+}
+
+// A dot is four bits of four rows.
+void Coverage::measure_bits(const std::uint8_t *bits, std::size_t stride, Row &row) const
+{
+    bool blank = true;
+    const std::size_t whole_bytes = width_ * fine / 8;
+    for (unsigned y = 0; y < fine && blank; y++)
+        blank = whole_bytes > 0 && is_paper(bits + y * stride, whole_bytes);
+    if (blank && width_ % 2 == 0) {
+        if (!row.blank)
+            clear(row);
+        return;
+    }
+    row.blank = false;
+    row.undecided = false;
+    for (std::size_t x = 0; x < width_; x++) {
+        unsigned pixels = 0;
+        for (unsigned y = 0; y < fine; y++) {
+            const unsigned byte = bits[y * stride + x / 2];
+            pixels = pixels << fine | (x % 2 ? byte & 15U : byte >> 4);
+        }
+        const auto dark = static_cast<unsigned>(std::popcount(~pixels & 0xffffU));
+        const bool undecided = dark > 0 && dark < enough;
+        row.ink[x] = dark == 0 ? 0 : undecided ? static_cast<std::uint8_t>(dark) : taken;
+        row.dark[x] = 0;
+        row.grey[x] = dark >= enough ? 0 : paper;
+        row.undecided = row.undecided || undecided;
+    }
 }
 
 void Coverage::measure_dot(const std::uint8_t *pixels, std::size_t stride, std::size_t x, Row &row) const

@@ -26,6 +26,8 @@ public:
 
     // Rows come in fours; `stride` is the distance from fine row to fine row in bytes, each has 4 * width pixels.
     void put_rows(const std::uint8_t *fine, std::size_t stride, std::size_t rows);
+    // The same of one bit a pixel, the leftmost in the highest bit, a set bit paper.
+    void put_bits(const std::uint8_t *fine, std::size_t stride, std::size_t rows);
     // Rows of nothing but paper, as put_rows would take them.
     void put_blank_rows(std::size_t rows);
     void finish();
@@ -43,6 +45,7 @@ private:
 
     void measure(const std::uint8_t *fine, std::size_t stride, Row &row) const;
     void measure_dot(const std::uint8_t *fine, std::size_t stride, std::size_t x, Row &row) const;
+    void measure_bits(const std::uint8_t *fine, std::size_t stride, Row &row) const;
     static void clear(Row &row);
     void next_row();
     void keep_strokes();

@@ -98,7 +98,8 @@ std::optional<Failure> look_at_file(const std::string &path)
 poppler::image render(const poppler::page &page, const Cutout &cutout)
 {
     poppler::page_renderer renderer;
-    renderer.set_image_format(poppler::image::format_gray8);
+    renderer.set_image_format(cutout.pixels == Pixels::grey ? poppler::image::format_gray8
+                                                            : poppler::image::format_mono);
     renderer.set_render_hints(0);  // smoothing would mix up soft edges and grey
     return renderer.render_page(&page, cutout.dpi, cutout.dpi, cutout.x, cutout.y, cutout.width, cutout.height,
                                 clockwise(cutout.turn));

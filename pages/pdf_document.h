@@ -17,8 +17,12 @@ class page;
 
 namespace pages {
 
+// A byte a pixel, 0 is ink and 255 is paper; or a bit, the leftmost in the highest bit, a set bit paper.
+enum class Pixels { grey, bits };
+
 // A part of a page that is drawn, in pixels of a page drawn at `dpi`.
 struct Cutout {
+    Pixels pixels = Pixels::grey;
     double dpi = 0;
     Turn turn = Turn::none;
     int x = 0;
@@ -40,7 +44,7 @@ public:
     std::optional<Size> page_size(unsigned number);
     // Where a page turned that way has ink that shows on paper.
     std::optional<Failure> find_ink(unsigned number, Turn turn, Size turned_size, std::optional<Box> &ink);
-    // Grey pixels of the cutout: `take(first pixel, stride)`.
+    // The cutout's pixels: `take(first pixel, stride)`.
     using Take = std::function<void(const std::uint8_t *pixels, std::size_t stride)>;
     std::optional<Failure> draw(unsigned number, const Cutout &cutout, const Take &take);
 
