@@ -55,11 +55,13 @@ void note(j_common_ptr info, int level)
     }
 }
 
-void count_scans(j_common_ptr info)
+// Called while libjpeg works. What is broken is not worth any more time.
+void watch(j_common_ptr info)
 {
+    auto *errors = reinterpret_cast<Errors *>(info->err);
     auto *decoder = reinterpret_cast<j_decompress_ptr>(info);
-    if (decoder->input_scan_number > most_scans) {
-        ERREXIT(info, JERR_BAD_PROGRESSION);
+    if (errors->broken || decoder->input_scan_number > most_scans) {
+        std::longjmp(errors->landing, 1);
     }
 }
 
@@ -75,7 +77,7 @@ struct Decoder {
         info.err = jpeg_std_error(&errors.base);
         errors.base.error_exit = jump;
         errors.base.emit_message = note;
-        progress.progress_monitor = count_scans;
+        progress.progress_monitor = watch;
     }
     Decoder(const Decoder &) = delete;
     Decoder &operator=(const Decoder &) = delete;
