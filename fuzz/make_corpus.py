@@ -3,7 +3,9 @@
 
 import os
 import random
+import struct
 import sys
+import zlib
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(FOLDER, "..", "tests", "filter", "process"))
@@ -115,7 +117,50 @@ def text_seeds():
     yield "wide-error", b"\x03\x08\x04\x60"
 
 
-SEEDS = {"raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
+def png(width, height, depth, colour, interlaced, data):
+    def chunk(kind, body):
+        return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+    header = struct.pack(">IIBBBBB", width, height, depth, colour, 0, 0, interlaced)
+    exif = chunk(b"eXIf", b"II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0")
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + exif + chunk(b"pHYs", struct.pack(">IIB", 8000, 8000, 1)) +
+            chunk(b"IDAT", zlib.compress(data)) + chunk(b"IEND", b""))
+
+
+def jpeg(tables, body):
+    """A JPEG of 8 x 8 grey dots whose Huffman tables know one code each."""
+    def marker(kind, data):
+        return bytes((0xFF, kind)) + struct.pack(">H", len(data) + 2) + data
+    counts = bytes((1,)) + bytes(15)
+    return (b"\xff\xd8" + tables + marker(0xDB, bytes((0,)) + bytes((8,)) * 64) +
+            marker(0xC0, struct.pack(">BHHBBBB", 8, 8, 8, 1, 1, 0x11, 0)) + marker(0xC4, b"\x00" + counts + b"\x00") +
+            marker(0xC4, b"\x10" + counts + b"\x00") + marker(0xDA, bytes((1, 1, 0, 0, 63, 0))) + body + b"\xff\xd9")
+
+
+def picture_seeds():
+    plain, label = b"\x01\x47", b"\x84\x07"
+    yield "png-grey", plain + png(4, 2, 8, 0, 0, b"\0\0\x40\x80\xff" * 2)
+    yield "png-colour", label + png(2, 1, 8, 6, 0, b"\0" + bytes(range(8)))
+    yield "png-bits", plain + png(9, 2, 1, 0, 0, b"\0\xaa\x80" * 2)
+    yield "png-interlaced", plain + png(1, 1, 16, 2, 1, b"\0" + bytes(6))
+    yield "jpeg", plain + jpeg(b"", b"\x3f")
+    notes = b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\x08\0\0\0\0\0\0"
+    yield "jpeg-exif", label + jpeg(b"\xff\xe1" + struct.pack(">H", len(notes) + 2) + notes, b"\x3f")
+    for name, data in (("p1", b"P1\n# x\n3 2\n0 1 0\n111\n"), ("p2", b"P2 3 1 100\n0 50 100\n"),
+                       ("p3", b"P3 1 1 255 255 0 0"), ("p4", b"P4 9 1\n\xaa\x80"), ("p5", b"P5 2 1 65535\n\x80\0\xff\xff"),
+                       ("p6", b"P6 1 1 255\n\0\xff\0")):
+        yield name, plain + data
+
+
+def plain_text_seeds():
+    yield "utf-8", b"\x2f\0" + "Größe € 漢字 שלום 12\tनमस्ते\f\r\n".encode()
+    yield "windows", b"\x0a\0Gr\xf6\xdfe \x80 N\bN _\bx \x1b[1mfett"
+    yield "gb18030", b"\x1f\1\xd6\xd0\xb9\xfa\x81\x30\x81\x30"
+    yield "utf-16", b"\x1f\0\xff\xfea\0\xac\x20"
+    yield "cut", b"\x08\2" + b"a line that is cut and not wrapped\nnext"
+
+
+SEEDS = {"pictures": picture_seeds(), "plain_text": plain_text_seeds(),
+         "raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
          "compression": compression_seeds(), "encoders": encoder_seeds(), "properties": random_seeds(3, 32),
          "log": log_seeds(), "replies": reply_seeds(), "texts": text_seeds()}
 

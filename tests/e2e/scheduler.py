@@ -15,6 +15,9 @@ import ipp
 
 FILTER = os.environ["KLOV_FILTER"]
 DRV_DIR = os.environ["KLOV_DRV_DIR"]
+SOURCE = os.environ["KLOV_SOURCE"]
+PAGES_DIR = os.environ.get("KLOV_PAGES_DIR", "")
+DOCUMENT_FILTERS = ("pdftoroll", "imagetoroll", "texttoroll")
 CANCELED, ABORTED, COMPLETED, STOPPED = 7, 8, 9, 6
 PATIENCE = 60
 
@@ -33,9 +36,11 @@ def free_port():
 
 
 class Scheduler:
-    """with Scheduler() as cups: ...; always stopped at the end."""
+    """with Scheduler() as cups: ...; always stopped at the end. With documents=True our document filters take the
+    documents, otherwise CUPS's own."""
 
-    def __init__(self):
+    def __init__(self, documents=False):
+        self.documents = documents
         self.root = tempfile.mkdtemp(prefix="klov-e2e-")
         os.chmod(self.root, 0o755)
         self.socket = self.root + "/cups.sock"
@@ -69,25 +74,43 @@ class Scheduler:
     # --- set-up
 
     def build_folders(self):
-        for folder in ("etc/ppd", "spool/tmp", "cache", "run", "log", "bin/filter", "data/drv", "data/model", "out"):
+        for folder in ("etc/ppd", "spool/tmp", "cache", "run", "log", "bin/filter", "data/drv", "data/model", "data/mime",
+                       "out"):
             os.makedirs(os.path.join(self.root, folder))
         stock = cups_config("serverbin", "/usr/lib/cups")
         for name in os.listdir(stock):
             if name != "filter":
                 os.symlink(os.path.join(stock, name), os.path.join(self.root, "bin", name))
         for path in glob.glob(stock + "/filter/*"):
-            if os.path.basename(path) != "rastertoklov":
+            if os.path.basename(path) not in ("rastertoklov", *DOCUMENT_FILTERS):
                 os.symlink(path, os.path.join(self.root, "bin/filter", os.path.basename(path)))
         self.filter = os.path.join(self.root, "bin/filter/rastertoklov")
         shutil.copyfile(FILTER, self.filter)
         os.chmod(self.filter, 0o755)
         data = cups_config("datadir", "/usr/share/cups")
         for name in os.listdir(data):
-            if name not in ("drv", "model"):
+            if name not in ("drv", "model", "mime"):
                 os.symlink(os.path.join(data, name), os.path.join(self.root, "data", name))
+        for path in glob.glob(data + "/mime/*"):
+            if not os.path.basename(path).startswith("klov."):
+                os.symlink(path, os.path.join(self.root, "data/mime", os.path.basename(path)))
+        if self.documents:
+            self.add_document_filters()
+        if self.documents:      # a driver of another maker's, to see that its queues stay as they are
+            os.symlink(data + "/drv/sample.drv", os.path.join(self.root, "data/drv/sample.drv"))
         for name in ("klov.drv", "klov-zh_CN.po"):
             shutil.copyfile(os.path.join(DRV_DIR, name), os.path.join(self.root, "data/drv", name))
         self.own("out", "spool/tmp")
+
+    def add_document_filters(self):
+        """The filters that were built, and the MIME files that bring documents to them."""
+        for name in DOCUMENT_FILTERS:
+            built = os.path.join(PAGES_DIR, name)
+            if os.path.exists(built):
+                shutil.copyfile(built, os.path.join(self.root, "bin/filter", name))
+                os.chmod(os.path.join(self.root, "bin/filter", name), 0o755)
+        for name in ("klov.types", "klov.convs"):
+            shutil.copyfile(os.path.join(SOURCE, "pages", name), os.path.join(self.root, "data/mime", name))
 
     def own(self, *folders):
         """Filters of a scheduler that root runs are user lp."""

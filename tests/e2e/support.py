@@ -24,9 +24,9 @@ import bounded  # noqa: E402
 PATIENCE = 60
 
 
-def start_scheduler():
+def start_scheduler(documents=False):
     """For setUpModule: a scheduler that is stopped after the module's last test."""
-    cups = Scheduler()
+    cups = Scheduler(documents)
     cups.__enter__()
     unittest.addModuleCleanup(cups.__exit__)
     return cups

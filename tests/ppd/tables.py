@@ -4,6 +4,8 @@ import os
 import re
 
 SOURCE = os.environ["KLOV_SOURCE"]
+# Options that the filters before rastertoklov read.
+DOCUMENT_OPTIONS = {"Dither", "Darkness"}
 
 
 def rows(path):

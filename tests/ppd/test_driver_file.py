@@ -54,7 +54,9 @@ class EveryModel(unittest.TestCase):
 
     def test_the_raster_goes_to_the_filter_which_makes_the_copies(self):
         for ppd in ppds:
-            self.assertEqual(ppd.value("cupsFilter"), "application/vnd.cups-raster 0 rastertoklov")
+            filters = [line[3].strip('"') for line in ppd.lines if line[0] == "cupsFilter"]
+            self.assertEqual(filters, ["application/vnd.cups-raster 0 rastertoklov",
+                                       "application/vnd.klov-roll 0 rastertoklov"])
             self.assertEqual(ppd.value("cupsManualCopies"), "False")
             self.assertEqual(ppd.value("cupsSNMPSupplies"), "False")
 
@@ -172,7 +174,7 @@ class Options(unittest.TestCase):
 
     def test_a_choice_is_a_number_that_the_filter_reads(self):
         for ppd in ppds:
-            for keyword in tables.keywords() - {"PageSize", "Resolution"}:
+            for keyword in tables.keywords() - {"PageSize", "Resolution"} - tables.DOCUMENT_OPTIONS:
                 for value in ppd.choices(keyword):
                     self.assertRegex(value, r"^\d+$", keyword)
 
@@ -206,9 +208,18 @@ class Options(unittest.TestCase):
     def test_the_driver_offers_the_keywords_that_the_filter_reads(self):
         """The filter's table of keywords, taken from its source, is the table of the driver."""
         with open(os.path.join(tables.SOURCE, "filter", "options.cpp"), encoding="utf-8") as source:
-            read = set(re.findall(r'\.keyword = "(\w+)"', source.read()))
+            read = set(re.findall(r'\.keyword = "(\w+)"', source.read())) | tables.DOCUMENT_OPTIONS
         self.assertEqual(read - tables.keywords(), set(), "add these options to ppd/options.drv")
         self.assertEqual(tables.keywords() - read, set(), "add these options to option_table in filter/options.cpp")
+
+    def test_the_document_filters_read_every_choice_that_is_theirs(self):
+        with open(os.path.join(tables.SOURCE, "pages", "job.cpp"), encoding="utf-8") as source:
+            text = source.read()
+        self.assertEqual(set(re.findall(r'choice\(ppd, options, "(Dither|Darkness)"\)', text)), tables.DOCUMENT_OPTIONS)
+        for ppd in ppds:
+            for value in ppd.choices("Dither"):
+                self.assertIn('"%s"' % value, text)
+            self.assertEqual(sorted(map(int, ppd.choices("Darkness"))), list(range(-3, 4)))
 
     def test_the_table_in_the_documentation_is_the_current_one(self):
         with open(os.path.join(tables.SOURCE, "docs", "printers.md"), encoding="utf-8") as page:
