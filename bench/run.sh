@@ -21,7 +21,7 @@ mkdir -p "$out"
 printf '\n== building %s\n' "$build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKLOV_BENCH=ON -DKLOV_PREVIEW=OFF >"$out/build.log"
 cmake --build "$build" -j "$(nproc)" --target \
-  rastertoklov klov_drv bench_dots bench_micro bench_floor bench_empty bench_start bench_measure >>"$out/build.log" || { cat "$out/build.log"; exit 1; }
+  rastertoklov klov_drv klov_ppd pdftoroll imagetoroll texttoroll bench_dots bench_micro bench_floor bench_empty bench_start bench_measure >>"$out/build.log" || { cat "$out/build.log"; exit 1; }
 
 printf '\n== functions\n'
 "$build/bench/bench_micro" --benchmark_min_time="$([ ${#quick[@]} -gt 0 ] && echo 0.02 || echo 0.2)" \
@@ -36,4 +36,6 @@ python3 -B bench/compare.py "$build" "$out" "${quick[@]}"
 
 printf '\n== growth\n'
 python3 -B bench/growth.py "$build" "$out" "${quick[@]}"
-printf '%s\n' "$out/micro.txt" "$out/compare.txt" "$out/compare.svg"
+printf '\n== documents\n'
+python3 -B bench/documents.py "$build" "$out" "${quick[@]}"
+printf '%s\n' "$out/micro.txt" "$out/documents.txt" "$out/compare.txt" "$out/compare.svg"

@@ -22,3 +22,6 @@ if(KLOV_SYSROOT)
   set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 endif()
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+# pkg-config tells of the ARM system's libraries, never of this machine's.
+set(ENV{PKG_CONFIG_LIBDIR} "${KLOV_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig:${KLOV_SYSROOT}/usr/share/pkgconfig")
+set(ENV{PKG_CONFIG_SYSROOT_DIR} "${KLOV_SYSROOT}")

@@ -222,10 +222,10 @@ void join_short_parts(std::vector<Shade> &blocks)
             std::size_t end = i;
             while (end < blocks.size() && blocks[end] == blocks[i])
                 end++;
-            const bool inside = i > 0 && end < blocks.size();
-            if (inside && blocks[i] == shade && end - i <= longest)
+            const Shade around = i > 0 && end < blocks.size() ? std::min(blocks[i - 1], blocks[end]) : Shade::none;
+            if (blocks[i] == shade && end - i <= longest && around > shade)
                 std::fill(blocks.begin() + static_cast<std::ptrdiff_t>(i),
-                          blocks.begin() + static_cast<std::ptrdiff_t>(end), std::min(blocks[i - 1], blocks[end]));
+                          blocks.begin() + static_cast<std::ptrdiff_t>(end), around);
             i = end;
         }
     };

@@ -6,7 +6,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 build=${KLOV_ARMHF_BUILD:-build/armhf}
 sysroot=${KLOV_SYSROOT:-$PWD/build/armhf-sysroot}
 packages=(libc6-dev libstdc++-12-dev libgcc-12-dev libcups2-dev libcupsimage2-dev libgtest-dev
-  libpng-dev libzint-dev libcli11-dev)
+  libpng-dev libzint-dev libcli11-dev libpoppler-cpp-dev libjpeg-dev libpango1.0-dev)
 
 # From the mirror that this machine itself uses.
 make_sysroot() {
@@ -35,7 +35,7 @@ cmake --build "$build" -j "$(nproc)"
 cat <<'TABLE'
 
 Tests that do not run here   Why
-e2e_*                        CUPS's scheduler of this machine starts filters of its own kind only
+e2e_*, documents_*           CUPS's scheduler of this machine starts filters of its own kind only
 driver_file                  the driver file is made on, and is the same for, every machine
 examples, docs, install      they compile and start programs of this machine
 cost_guard                   it counts this machine's instructions

@@ -96,6 +96,8 @@ class Scheduler:
                 os.symlink(path, os.path.join(self.root, "data/mime", os.path.basename(path)))
         if self.documents:
             self.add_document_filters()
+        if self.documents:      # a driver of another maker's, to see that its queues stay as they are
+            os.symlink(data + "/drv/sample.drv", os.path.join(self.root, "data/drv/sample.drv"))
         for name in ("klov.drv", "klov-zh_CN.po"):
             shutil.copyfile(os.path.join(DRV_DIR, name), os.path.join(self.root, "data/drv", name))
         self.own("out", "spool/tmp")

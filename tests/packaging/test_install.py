@@ -60,6 +60,19 @@ class BinaryInterface(unittest.TestCase):
         names = {name for name in needed(FILTER) if not name.startswith("ld-linux")}
         self.assertEqual(names - {"libcupsimage.so.2"}, {"libcups.so.2", "libc.so.6"})
 
+    def test_only_the_pdf_filter_loads_poppler(self):
+        """Its licence is the GPL; nothing else of the project is to come under it."""
+        loads = {"pdftoroll": True, "imagetoroll": False, "texttoroll": False}
+        for name, poppler in loads.items():
+            path = os.path.join(BUILD, "pages", name)
+            if os.path.exists(path):
+                self.assertEqual(any("poppler" in library for library in needed(path)), poppler, name)
+        for path in (FILTER, LIBRARY):
+            self.assertFalse(any("poppler" in library for library in needed(path)), path)
+        path = os.path.join(BUILD, "pages", "pdftoroll")
+        if os.path.exists(path):
+            self.assertFalse(any("pango" in library for library in needed(path)))
+
     def test_the_library_is_versioned(self):
         self.assertIn("Library soname: [libklov.so.0]", run("readelf", "-d", LIBRARY))
 
@@ -99,6 +112,17 @@ class Places(unittest.TestCase):
             self.assertTrue(os.path.getsize(root + cups["datadir"] + "/drv/" + name))
         self.assertTrue(os.path.exists(root + cups["datadir"] + "/ppd-updaters/printer-driver-klov.ppd-updater"))
         find(root, "rastertoklov.8")
+
+    def test_document_filters_and_mime_files_go_where_cups_looks(self):
+        if not os.path.exists(os.path.join(BUILD, "pages", "pdftoroll")):
+            self.skipTest("the document filters are not built")
+        root = os.path.join(work, "documents")
+        run(CMAKE, "--install", BUILD, "--component", "documents", env=dict(os.environ, DESTDIR=root))
+        for name in ("pdftoroll", "imagetoroll", "texttoroll"):
+            self.assertTrue(os.access(find(root, name), os.X_OK))
+            self.assertTrue(os.path.getsize(find(root, name + ".8")))
+        for name in ("klov.types", "klov.convs"):
+            self.assertIn("/mime/", find(root, name))
 
     def test_all_public_headers_are_installed(self):
         there = set(os.listdir(os.path.dirname(find(stage, "klov.h"))))

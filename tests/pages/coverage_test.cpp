@@ -106,7 +106,8 @@ TEST(Coverage, LevelBarsAreAsWideAsUprightOnes)
 
 TEST(Coverage, AnEdgeBelowEnoughIsNoStroke)
 {
-    for (const std::size_t over : {1U}) {
+    {
+        const std::size_t over = 1;
         Drawing drawing(20, 20);
         drawing.fill(4 * fine - over, 4 * fine - over, 12 * fine + over, 12 * fine + over);
         const auto dots = drawing.dots();
@@ -181,6 +182,40 @@ TEST(Coverage, SlicesLeaveNoSeam)
     }
     for (const std::size_t rows : {1, 2, 3, 7, 39})
         EXPECT_EQ(drawing.dots(rows), drawing.dots()) << rows;
+}
+
+// A page that is black and white is drawn in bits, with grey in bytes: the dots must be the same.
+TEST(Coverage, BitsGiveTheSameDotsAsBytes)
+{
+    std::mt19937 random(11);
+    for (const std::size_t width : {1, 2, 7, 16, 33}) {
+        const std::size_t row_pixels = width * fine;
+        const std::size_t row_bits = (row_pixels + 7) / 8;
+        std::vector<std::uint8_t> bytes(row_pixels * 20 * fine, paper);
+        for (std::size_t i = 0; i < bytes.size(); i++) {
+            // Blank rows, hairlines and noise of several densities.
+            const std::size_t row = i / row_pixels / fine;
+            if (row % 5 != 4 && random() % 12 < row % 5 * 3)
+                bytes[i] = ink;
+        }
+        std::vector<std::uint8_t> bits(row_bits * 20 * fine, 0xff);
+        for (std::size_t y = 0; y < 20 * fine; y++) {
+            for (std::size_t x = 0; x < row_pixels; x++) {
+                if (bytes[y * row_pixels + x] == ink)
+                    bits[y * row_bits + x / 8] =
+                        static_cast<std::uint8_t>(bits[y * row_bits + x / 8] & ~(0x80 >> x % 8));
+            }
+        }
+        std::vector<std::vector<std::uint8_t>> of_bytes;
+        std::vector<std::vector<std::uint8_t>> of_bits;
+        Coverage one(width, [&](const std::uint8_t *grey) { of_bytes.emplace_back(grey, grey + width); });
+        one.put_rows(bytes.data(), row_pixels, 20 * fine);
+        one.finish();
+        Coverage other(width, [&](const std::uint8_t *grey) { of_bits.emplace_back(grey, grey + width); });
+        other.put_bits(bits.data(), row_bits, 20 * fine);
+        other.finish();
+        EXPECT_EQ(of_bits, of_bytes) << width;
+    }
 }
 
 TEST(Coverage, ASecondPageKnowsNothingOfTheFirst)
