@@ -65,8 +65,8 @@ uint8_t real_time_status(int64_t n, const Health &health)
         case 3:
             return joined({real_time, errors(health)});
         case 4:
-            return joined({real_time, bits(health.paper_near_end || health.paper_end, 0x0C),
-                           bits(health.paper_end, 0x60)});
+            return joined(
+                {real_time, bits(health.paper_near_end || health.paper_end, 0x0C), bits(health.paper_end, 0x60)});
         default:
             return real_time;
     }

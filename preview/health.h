@@ -36,7 +36,7 @@ struct Health {
 
 struct HealthWords {
     Health health;
-    bool drop = false;  // break the connection
+    bool drop = false;    // break the connection
     std::string unknown;  // the first word that means nothing
 };
 

@@ -39,7 +39,10 @@ const HandlerIndex &handlers()
 }  // namespace
 
 Machine::Machine(const Options &options)
-    : options_(options), paper_(options.width, options.max_rows), page_(options.width, page_rows)
+    : options_(options),
+      paper_(options.width, options.max_rows),
+      page_(options.width, page_rows),
+      logos_(options.logos ? options.logos : std::make_shared<Logos>())
 {
     initialize();
 }

@@ -216,7 +216,7 @@ private:
     uint64_t work_ = 0;    // spent so far; about a nanosecond a unit
     std::vector<LineItem> line_;
     size_t line_bytes_ = 0;  // of its bitmaps
-    int64_t cursor_ = 0;  // in the line, from the area's left edge
+    int64_t cursor_ = 0;     // in the line, from the area's left edge
 
     bool page_mode_ = false;
     Paper page_;
@@ -229,9 +229,8 @@ private:
     bool image_high_ = false;
     bool wide_told_ = false;
 
-    std::map<ImageKey, Bitmap> nv_graphics_;
     std::map<ImageKey, Bitmap> downloaded_graphics_;
-    std::vector<Bitmap> nv_images_;
+    std::shared_ptr<Logos> logos_;
     Bitmap downloaded_image_;
     StoredImage print_buffer_;
     std::map<uint8_t, Bitmap> user_characters_;

@@ -127,9 +127,20 @@ void Machine::do_define_graphics(const Command &command)
     const bool by_columns = command.name.find("_column_") != std::string_view::npos;
     const uint32_t x = number(command, "x");
     const uint32_t y = number(command, "y");
-    auto &store = is_for_nv(command) ? nv_graphics_ : downloaded_graphics_;
-    store[{command.arg("kc1"), command.arg("kc2")}] =
-        by_columns ? bitmap_from_columns(x, y, command.data) : bitmap_from_rows(x, y, command.data);
+    const bool stays = is_for_nv(command);
+    auto &store = stays ? logos_->graphics : downloaded_graphics_;
+    const ImageKey key{command.arg("kc1"), command.arg("kc2")};
+    store.erase(key);
+    size_t held = stays ? logos_->size() : 0;
+    for (const auto &[other, bitmap] : downloaded_graphics_) {
+        held += stays ? 0 : bitmap.bits.size();
+    }
+    logos_->changes += stays ? 1 : 0;
+    if (held + command.data.size() > logo_memory) {
+        warn(command.offset, "the printer's memory for graphics is full");
+        return;
+    }
+    store[key] = by_columns ? bitmap_from_columns(x, y, command.data) : bitmap_from_rows(x, y, command.data);
 }
 
 void Machine::do_store_graphics(const Command &command)
@@ -158,8 +169,8 @@ void Machine::do_print_logo(const Command &command)
 {
     end_open_line();
     event(command, "logo", "logo \"" + key_text(command) + "\"");
-    const auto found = nv_graphics_.find({command.arg("kc1"), command.arg("kc2")});
-    if (found != nv_graphics_.end()) {
+    const auto found = logos_->graphics.find({command.arg("kc1"), command.arg("kc2")});
+    if (found != logos_->graphics.end()) {
         print_block(enlarged(found->second, scale(command.arg("x")), scale(command.arg("y"))));
     }
 }
@@ -176,13 +187,15 @@ void Machine::do_print_downloaded(const Command &command)
 
 void Machine::do_delete_graphics(const Command &command)
 {
-    auto &store = is_for_nv(command) ? nv_graphics_ : downloaded_graphics_;
+    auto &store = is_for_nv(command) ? logos_->graphics : downloaded_graphics_;
+    ++logos_->changes;
     store.erase({command.arg("kc1"), command.arg("kc2")});
 }
 
 void Machine::do_delete_all_nv(const Command &)
 {
-    nv_graphics_.clear();
+    logos_->graphics.clear();
+    ++logos_->changes;
 }
 
 void Machine::do_delete_all_downloaded(const Command &)
@@ -193,7 +206,9 @@ void Machine::do_delete_all_downloaded(const Command &)
 // Each image: width and height in units of 8 dots, then its columns.
 void Machine::do_define_nv_images(const Command &command)
 {
-    nv_images_.clear();
+    logos_->images.clear();
+    logos_->images_command.assign(command.bytes.begin(), command.bytes.end());
+    ++logos_->changes;
     Bytes rest = command.data;
     while (rest.size() >= 4) {
         const uint32_t width = (rest[0] + 256U * rest[1]) * 8;
@@ -202,7 +217,7 @@ void Machine::do_define_nv_images(const Command &command)
         if (rest.size() < 4 + size) {
             break;
         }
-        nv_images_.push_back(bitmap_from_columns(width, height, rest.subspan(4, size)));
+        logos_->images.push_back(bitmap_from_columns(width, height, rest.subspan(4, size)));
         rest = rest.subspan(4 + size);
     }
 }
@@ -213,8 +228,8 @@ void Machine::do_print_nv_image(const Command &command)
     const auto n = static_cast<size_t>(command.arg("n"));
     const int64_t m = command.arg("m") % 48;
     event(command, "logo", "stored image " + std::to_string(n));
-    if (n >= 1 && n <= nv_images_.size()) {
-        print_block(enlarged(nv_images_[n - 1], (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
+    if (n >= 1 && n <= logos_->images.size()) {
+        print_block(enlarged(logos_->images[n - 1], (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
     }
 }
 

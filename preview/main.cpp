@@ -32,15 +32,15 @@ void add_options(CLI::App &app, CommandLine &line)
     preview::ToolSettings &settings = line.settings;
     app.set_version_flag("--version", "klov-preview " KLOV_VERSION);
     app.add_option("FILE", settings.input, "Command stream to read; - or nothing is standard input");
-    CLI::Option *output = app.add_option("-o,--output", settings.output, "Write the paper to this PNG file (- is standard output)");
+    CLI::Option *output =
+        app.add_option("-o,--output", settings.output, "Write the paper to this PNG file (- is standard output)");
     app.add_flag("--list", settings.list, "List the commands, one a line");
     app.add_flag("--json", settings.json, "List the commands, events and cuts as JSON");
     app.add_flag("-q,--quiet", settings.quiet, "No warnings and no progress line");
     app.add_flag("--bare", settings.picture.bare,
                  "Picture for programs: one pixel a dot, printable width, every row, no frame")
         ->needs(output);
-    app.add_flag("--split", settings.picture.split, "One picture a receipt: OUT-1.png, OUT-2.png, ...")
-        ->needs(output);
+    app.add_flag("--split", settings.picture.split, "One picture a receipt: OUT-1.png, OUT-2.png, ...")->needs(output);
     app.add_option("--save", settings.save, "Keep the bytes in this file");
     app.add_option("--width", settings.reader.width, "Printable width in dots")
         ->check(CLI::Range(1, 16384))
@@ -74,7 +74,8 @@ void add_printer_options(CLI::App &app, CommandLine &line)
         ->check(finite)
         ->capture_default_str()
         ->needs(listen);
-    app.add_option("--health", settings.service.health_path, "File of words that say how the printer is, read again and again")
+    app.add_option("--health", settings.service.health_path,
+                   "File of words that say how the printer is, read again and again")
         ->needs(listen);
     app.add_option("--state", line.state, "The same words on the command line, for all the time")->needs(listen);
     app.add_option("--speed", settings.speed_mm, "Millimetres of paper a second; without it printing takes no time")
@@ -85,7 +86,10 @@ void add_printer_options(CLI::App &app, CommandLine &line)
         ->check(CLI::Range(64, 1 << 24))
         ->capture_default_str()
         ->needs(listen);
-    app.add_option("--drop-after", line.drop_after, "Break the connection after so many bytes, or with 'mm' so much paper; once")
+    app.add_option("--drop-after", line.drop_after,
+                   "Break the connection after so many bytes, or with 'mm' so much paper; once")
+        ->needs(listen);
+    app.add_option("--store", settings.store, "Keep the printer's stored logos in this file, from run to run")
         ->needs(listen);
     app.add_option("--log", settings.log, "Write what happens, with its time, to this file")->needs(listen);
 }

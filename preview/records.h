@@ -2,20 +2,24 @@
 #ifndef KLOV_PREVIEW_RECORDS_H
 #define KLOV_PREVIEW_RECORDS_H
 
+#include <memory>
+
 #include "preview/command.h"
+#include "preview/logos.h"
 #include "preview/symbols.h"
 
 namespace preview {
 
 struct Options {
-    uint32_t width = 576;             // printable dots a row
-    uint32_t dpi = 203;               // turns motion units into dots
-    uint64_t max_rows = 1'000'000;    // the paper ends here; 125 m at 203 dpi
-    size_t max_events = 50'000;       // longest list of commands, events or warnings that is kept
-    uint32_t margin_unit = 1;         // dots that one unit of the left margin stands for
-    bool padded_page_area = false;    // the page area command carries an extra byte
-    bool keep_commands = true;        // keep every command for commands()
-    SymbolEncoder symbols = nullptr;  // without one, symbols are drawn as boxes
+    uint32_t width = 576;                    // printable dots a row
+    uint32_t dpi = 203;                      // turns motion units into dots
+    uint64_t max_rows = 1'000'000;           // the paper ends here; 125 m at 203 dpi
+    size_t max_events = 50'000;              // longest list of commands, events or warnings that is kept
+    uint32_t margin_unit = 1;                // dots that one unit of the left margin stands for
+    bool padded_page_area = false;           // the page area command carries an extra byte
+    bool keep_commands = true;               // keep every command for commands()
+    SymbolEncoder symbols = nullptr;         // without one, symbols are drawn as boxes
+    std::shared_ptr<Logos> logos = nullptr;  // the printer's memory; without one, it begins and ends with the job
 };
 
 // A command, kept. `head` holds the first bytes as they stood in the stream.

@@ -44,9 +44,57 @@ private:
     std::unique_ptr<std::FILE, int (*)(std::FILE *)> file_{nullptr, &std::fclose};
 };
 
+// The printer's logos and the file that keeps them.
+class Store {
+public:
+    explicit Store(std::string path) : path_(std::move(path)) {}
+
+    std::shared_ptr<Logos> load() const
+    {
+        Options options;
+        options.logos = logos_;
+        Reader reader(options);
+        const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file{
+            path_.empty() ? nullptr : std::fopen(path_.c_str(), "rbe"), &std::fclose};
+        std::vector<uint8_t> bytes(65536);
+        size_t got = 0;
+        while (file && (got = std::fread(bytes.data(), 1, bytes.size(), file.get())) > 0) {
+            reader.feed(Bytes(bytes).first(got));
+        }
+        return logos_;
+    }
+    // Writes them when they have changed; a whole file takes the old one's place.
+    bool save()
+    {
+        if (path_.empty() || logos_->changes == saved_) {
+            return true;
+        }
+        saved_ = logos_->changes;
+        Copy file;
+        const std::string fresh = path_ + ".new";
+        if (!file.open(fresh)) {
+            return false;
+        }
+        file.write(logo_commands(*logos_));
+        return file.close() && std::rename(fresh.c_str(), path_.c_str()) == 0;
+    }
+
+private:
+    std::string path_;
+    std::shared_ptr<Logos> logos_ = std::make_shared<Logos>();
+    uint64_t saved_ = 0;
+};
+
 class Desk final : public PrinterHost {
 public:
-    explicit Desk(const ToolSettings &settings) : settings_(settings), progress_(settings.quiet) {}
+    explicit Desk(const ToolSettings &settings) : settings_(settings), progress_(settings.quiet), store_(settings.store)
+    {
+    }
+
+    std::shared_ptr<Logos> logos()
+    {
+        return store_.load();
+    }
 
     bool open_log()
     {
@@ -97,7 +145,8 @@ public:
     {
         ++done_;
         int status = finish_job(settings_, reader, path_of(settings_.output, job.number), progress_);
-        if (!copy_.close() || !job.failure.empty()) {
+        const bool kept = store_.save();
+        if (!copy_.close() || !kept || !job.failure.empty()) {
             status = not_all_read;
         }
         if (!job.failure.empty() && !settings_.quiet) {
@@ -119,6 +168,7 @@ private:
     const ToolSettings &settings_;
     ProgressLine progress_;
     Service *service_ = nullptr;
+    Store store_;
     Log log_;
     Copy copy_;
     bool first_ = true;
@@ -142,6 +192,7 @@ int listen_for_jobs(const ToolSettings &settings)
     }
     PrinterOptions options;
     options.reader = settings.reader;
+    options.reader.logos = desk.logos();
     options.rows_a_second = settings.speed_mm / millimetres_an_inch * settings.reader.dpi;
     options.buffer = settings.buffer;
     Printer printer(desk, options);

@@ -17,7 +17,7 @@ struct ServiceOptions {
     double idle_seconds = 60;       // 0: no limit
     uint64_t drop_after_bytes = 0;  // break the connection there, once; 0: never
     uint64_t drop_after_rows = 0;
-    Health state;                   // held from the start, whatever the health file says
+    Health state;  // held from the start, whatever the health file says
     std::string health_path;
 };
 

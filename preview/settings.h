@@ -18,6 +18,7 @@ struct ToolSettings {
     std::string output;
     std::string save;
     std::string log;
+    std::string store;
     bool list = false;
     bool json = false;
     bool quiet = false;

@@ -27,7 +27,7 @@ struct MatchResult {
 
 // What the printer is like, as far as commands depend on it.
 struct Dialect {
-    bool padded_page_area = false;    // its page area command carries an extra byte
+    bool padded_page_area = false;     // its page area command carries an extra byte
     size_t longest_command = 1 << 23;  // bytes; more than that no printer of this family holds
 };
 

@@ -267,6 +267,29 @@ class Printing(Life):
         self.assertIn("7 rows", printer.finish()[1])
 
 
+class Logos(Life):
+    DEFINE = b"\x1d(L\x0c\x000C0AB\x01\x08\x00\x01\x001\xff"
+    PRINT = b"\x1d(L\x06\x000EAB\x01\x01"
+
+    def job(self, printer, data):
+        client = self.client(printer)
+        client.send(data)
+        client.close()
+
+    def test_a_logo_stays_from_job_to_job_and_from_run_to_run(self):
+        with tempfile.TemporaryDirectory() as folder:
+            store = os.path.join(folder, "logos")
+            printer = self.start("--jobs", "2", "--store", store)
+            self.job(printer, self.DEFINE)
+            self.job(printer, self.PRINT + feed(2))
+            self.assertIn("job 2: 14 bytes, 3 rows", printer.finish()[1])
+            printer = self.start("--jobs", "1", "--store", store)
+            self.job(printer, self.PRINT)
+            self.assertIn("11 bytes, 1 rows", printer.finish()[1])
+            with open(store, "rb") as file:
+                self.assertEqual(file.read(), self.DEFINE)
+
+
 class Voice(Life):
     def test_a_mute_printer_prints_and_says_nothing(self):
         printer = self.start("--state", "mute", "--jobs", "1")

@@ -105,6 +105,49 @@ TEST(Tool, WrongUseGivesStatusTwo)
     EXPECT_EQ(run("--paper 20 --width 576 < /dev/null").status, 2);
 }
 
+TEST(Tool, OptionsThatDoNothingAreRefused)
+{
+    const char *alone[] = {"--jobs 1",      "--idle 3",       "--health /dev/null", "--state mute",  "--speed 100",
+                           "--buffer 4096", "--drop-after 9", "--log /dev/null",    "--store /none", "--bare",
+                           "--split"};
+    for (const char *option : alone) {
+        const Result result = run(std::string(option) + " < /dev/null");
+        EXPECT_EQ(result.status, 2) << option;
+        EXPECT_TRUE(contains(result.output, "requires")) << result.output;
+    }
+}
+
+TEST(Tool, NumbersThatAreNoneAreRefused)
+{
+    for (const char *option : {"--paper nan", "--paper-margin nan", "--paper inf", "--listen :1 --speed nan",
+                               "--listen :1 --idle nan", "--listen :1 --drop-after 0", "--listen :1 --state x"}) {
+        EXPECT_EQ(run(std::string(option) + " < /dev/null").status, 2) << option;
+    }
+}
+
+TEST(Tool, TellsItsVersion)
+{
+    const Result result = run("--version");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.output.starts_with("klov-preview ")) << result.output;
+}
+
+TEST(Tool, KeepsTheBytes)
+{
+    const std::string folder = test::temporary_folder();
+    EXPECT_EQ(run(write_file(folder, feed_and_cut) + " --save " + folder + "copy").status, 0);
+    std::ifstream copy(folder + "copy", std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), feed_and_cut);
+    EXPECT_EQ(run(write_file(folder, feed_and_cut) + " --save /nonexistent/copy").status, 1);
+}
+
+TEST(Tool, NamesADocument)
+{
+    const Result result = run(write_file(test::temporary_folder(), "%PDF-1.7\n"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.output, "this is a PDF document"));
+}
+
 TEST(Tool, AMissingFileGivesStatusOne)
 {
     EXPECT_EQ(run("/nonexistent/job.bin").status, 1);
