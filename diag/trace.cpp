@@ -7,8 +7,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <charconv>
-#include <iterator>
 
 FILE *klov_trace_handle = nullptr;
 FILE *closed_trace = nullptr;
@@ -197,7 +195,7 @@ void trace_append_long(const char *text, size_t length)
 {
     while (length > 0) {
         char *const room = make_room(1);
-        const size_t most = static_cast<size_t>(std::end(waiting_lines.text) - room);
+        const size_t most = static_cast<size_t>(waiting_lines.text + sizeof waiting_lines.text - room);
         const size_t count = length < most ? length : most;
         memcpy(room, text, count);
         grow_to(room + count);
@@ -208,9 +206,21 @@ void trace_append_long(const char *text, size_t length)
 
 void trace_append(int32_t number)
 {
-    constexpr size_t longest_number = 11;
-    char *const room = make_room(longest_number);
-    grow_to(std::to_chars(room, room + longest_number, number).ptr);
+    char digits[11];
+    char *const end = digits + sizeof digits;
+    char *first = end;
+    uint32_t rest = number < 0 ? 0U - static_cast<uint32_t>(number) : static_cast<uint32_t>(number);
+    do {
+        *--first = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest > 0);
+    if (number < 0) {
+        *--first = '-';
+    }
+    const size_t length = static_cast<size_t>(end - first);
+    char *const room = make_room(length);
+    memcpy(room, first, length);
+    grow_to(room + length);
 }
 
 void trace_hex(const uint8_t *bytes, size_t size)
