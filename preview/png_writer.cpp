@@ -18,7 +18,7 @@ struct PngWriter::Handles {
 namespace {
 
 constexpr double inches_a_metre = 39.3701;
-constexpr int compression = 3;  // long paper: time counts more than the last per cent
+constexpr int compression = 1;  // long paper: time counts more than the last per cent
 
 void silent(png_structp, png_const_charp) {}
 
