@@ -60,7 +60,7 @@ double scale_of(const Extent &natural, const Extent &room, const Job &job)
 {
     const double fits = fitting(natural, room);
     if (job.page_percent) {
-        return std::min(room.width / natural.width * *job.page_percent / 100, fits);
+        return std::min(1.0, *job.page_percent / 100) * fits;
     }
     if (job.natural_percent) {
         return std::min(*job.natural_percent / 100, fits);

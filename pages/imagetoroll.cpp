@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <string>
 
@@ -60,20 +61,27 @@ std::optional<Failure> run(int argc, char **argv)
     return print_picture(file, job);
 }
 
-}  // namespace
-
-int main(int argc, char **argv)
+std::optional<Failure> run_within_limits(int argc, char **argv)
 {
     pages::set_limits();
     pages::begin_work_on_page(0);
     try {
-        if (const auto failure = run(argc, argv)) {
-            pages::log_error(failure->text);
-            return 1;
-        }
+        return run(argc, argv);
     } catch (const std::bad_alloc &) {
-        pages::log_error("There is not enough memory for the picture.");
-        return 1;
+        return Failure{"There is not enough memory for the picture."};
+    } catch (const std::exception &) {
+        return Failure{"The picture is damaged and cannot be printed."};
     }
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    const auto failure = run_within_limits(argc, argv);
+    if (!failure) {
+        return 0;
+    }
+    pages::log_error(failure->text);
+    return 1;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 
 namespace pages {
@@ -27,8 +28,8 @@ cups_page_header2_t header_of(const RollPage &page)
     header.NumCopies = page.copies;
     header.cupsPageSize[0] = static_cast<float>(page.width * points_a_dot);
     header.cupsPageSize[1] = static_cast<float>(page.height * points_a_dot);
-    header.PageSize[0] = static_cast<unsigned>(page.width * points_a_dot + 0.5);
-    header.PageSize[1] = static_cast<unsigned>(page.height * points_a_dot + 0.5);
+    header.PageSize[0] = static_cast<unsigned>(std::lround(page.width * points_a_dot));
+    header.PageSize[1] = static_cast<unsigned>(std::lround(page.height * points_a_dot));
     header.ImagingBoundingBox[2] = header.PageSize[0];
     header.ImagingBoundingBox[3] = header.PageSize[1];
     header.cupsImagingBBox[2] = header.cupsPageSize[0];

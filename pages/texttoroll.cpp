@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <string>
 
@@ -17,7 +18,7 @@ namespace {
 using pages::Failure;
 
 // A kilometre of paper; the whole text is in memory, since its length comes first in the raster.
-constexpr std::size_t most_bytes = 16 * 1024 * 1024;
+constexpr std::size_t most_bytes = std::size_t{16} * 1024 * 1024;
 
 std::optional<Failure> read_all(std::FILE *file, std::string &bytes)
 {
@@ -55,20 +56,27 @@ std::optional<Failure> run(int argc, char **argv)
     return pages::print_text(text, job, writer);
 }
 
-}  // namespace
-
-int main(int argc, char **argv)
+std::optional<Failure> run_within_limits(int argc, char **argv)
 {
     pages::set_limits();
     pages::begin_work_on_page(0);
     try {
-        if (const auto failure = run(argc, argv)) {
-            pages::log_error(failure->text);
-            return 1;
-        }
+        return run(argc, argv);
     } catch (const std::bad_alloc &) {
-        pages::log_error("There is not enough memory for the text.");
-        return 1;
+        return Failure{"There is not enough memory for the text."};
+    } catch (const std::exception &) {
+        return Failure{"The text is damaged and cannot be printed."};
     }
-    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    const auto failure = run_within_limits(argc, argv);
+    if (!failure) {
+        return 0;
+    }
+    pages::log_error(failure->text);
+    return 1;
 }
