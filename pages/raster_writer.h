@@ -22,7 +22,7 @@ struct RollPage {
 class RasterWriter {
 public:
     // The most that is written in one go; rows wait until there is as much, or until the page ends.
-    static constexpr std::size_t buffer_size = 64 * 1024;
+    static constexpr std::size_t buffer_size = 65'536;
 
     explicit RasterWriter(int descriptor);
     ~RasterWriter();
