@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Print the example receipt without a printer: CUPS's own filters make the raster, rastertoklov the printer's bytes,
-# the virtual printer a listing and a picture.
+# Print three documents without a printer, a receipt, a text and a photo: the document filters place them on the roll,
+# rastertoklov makes the printer's bytes, the virtual printer a listing and one picture of the paper.
 #
 # usage: examples/demo.sh BUILD_FOLDER OUTPUT_FOLDER
 set -euo pipefail
@@ -9,13 +9,11 @@ mkdir -p "$2"
 out=$(readlink -f "$2")
 cd "$(dirname "$(readlink -f "$0")")"
 
-document=receipt.pdf
 model=qx100
 options="CutMode=1 PostPrintAction=2 CutPaperLength=10 Drawer1=1 BeepControl=2 BeepRepeat=2 BeepDuration=2 BeepInterval=1"
 
 ppdc -d "$out/ppd" "$build/ppd/klov.drv"
-cupsfilter -e -p "$out/ppd/$model.ppd" -m application/vnd.cups-raster "$document" \
-  >"$out/receipt.ras" 2>"$out/cups.log" || { cat "$out/cups.log" >&2; exit 1; }
+export PPD="$out/ppd/$model.ppd"
 
 # The filter gets a /tmp of its own: its trace is then this run's, and none is left behind that the scheduler's user could
 # not write over. All that it needs lies in the current folder, which stays within reach whatever covers /tmp.
@@ -24,14 +22,24 @@ private=(unshare --mount)
 cp "$build/filter/rastertoklov" "$out/ppd/"
 rm -f "$out/filter.trace"
 # shellcheck disable=SC2016 # these are the inner shell's words
-run='PPD=ppd/$1.ppd ppd/rastertoklov 1 demo Receipt 1 "$2" receipt.ras >receipt.bin 2>filter.log'
+run='PPD=ppd/$1.ppd ppd/rastertoklov 1 demo "$2" 1 "$3" "$2.ras" >"$2.bin" 2>filter.log'
 if "${private[@]}" mount -t tmpfs tmpfs /tmp 2>/dev/null; then
   run="mount -t tmpfs tmpfs /tmp && $run && cp /tmp/klov-raster filter.trace"
 else
   private=()
   run="$run && { [ ! -O /tmp/klov-raster ] || rm /tmp/klov-raster; }"
 fi
-(cd "$out" && "${private[@]}" sh -c "$run" sh "$model" "$options") || { cat "$out/filter.log" >&2; exit 1; }
+
+# print FILTER DOCUMENT NAME OPTIONS TYPE: as CUPS runs the two filters.
+print() {
+  CONTENT_TYPE=$5 "$build/pages/$1" 1 demo "$3" 1 "$4" "$2" >"$out/$3.ras" 2>"$out/pages.log" ||
+    { cat "$out/pages.log" >&2; exit 1; }
+  (cd "$out" && "${private[@]}" sh -c "$run" sh "$model" "$3" "$4") || { cat "$out/filter.log" >&2; exit 1; }
+}
+print texttoroll order.txt order "CutMode=1" text/plain
+print imagetoroll photo.jpg photo "CutMode=1" image/jpeg
+document=receipt.pdf
+print pdftoroll "$document" receipt "$options" application/pdf
 rm -rf "$out/ppd"
 
 rows="unknown: this system gives the filter no /tmp of its own"
@@ -43,6 +51,8 @@ fi
 
 "$build/preview/klov-preview" "$out/receipt.bin" --list >"$out/commands.txt"
 "$build/preview/klov-preview" "$out/receipt.bin" -o "$out/receipt.png"
+cat "$out/receipt.bin" "$out/order.bin" "$out/photo.bin" >"$out/documents.bin"
+"$build/preview/klov-preview" "$out/documents.bin" -o "$out/documents.png"
 
 cat <<EOF
 
@@ -55,5 +65,5 @@ rows       $rows
 commands   $out/commands.txt ($(wc -l <"$out/commands.txt") commands)
 log        $out/filter.log
 
-Look at the paper: $out/receipt.png
+Look at the paper: $out/receipt.png, and all three documents in $out/documents.png
 EOF

@@ -113,3 +113,12 @@ bool is_cancelled()
 }
 
 }  // namespace pages
+
+#if defined(__SANITIZE_ADDRESS__)
+// What fontconfig keeps of its configuration to the end is no leak of ours.
+extern "C" const char *__lsan_default_suppressions();
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+#endif
