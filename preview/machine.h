@@ -5,6 +5,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 
 #include "preview/font.h"
 #include "preview/paper.h"
