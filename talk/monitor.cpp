@@ -61,6 +61,7 @@ void give_up(monitor &it, word why)
 void hold(monitor &it, int64_t now_ms)
 {
     it.now = phase::held;
+    show_health(it);
     it.heard_ms = now_ms;
     it.asked.next_round_ms = now_ms;
 }
@@ -140,7 +141,6 @@ void take_real_time_answer(monitor &it, uint8_t byte, int64_t now_ms)
         return;
     }
     take_real_time(it.printer, n, byte);
-    show_health(it);
     // Between the job's bytes there is no next question: the round ends with a late answer.
     const bool may_ask = it.now != phase::greeting && it.now != phase::job;
     const int32_t next = next_question(it.asked, now_ms);
@@ -149,6 +149,7 @@ void take_real_time_answer(monitor &it, uint8_t byte, int64_t now_ms)
         return;
     }
     it.asked.at = -1;
+    show_health(it);  // not in mid round: one trouble may have given way to another
     if (it.now == phase::ending) {
         count_ready_round(it, now_ms);
     }
