@@ -130,6 +130,8 @@ function write_common() {
     print "ManualCopies No"
     # A receipt printer has no supply levels to ask for.
     print "Attribute \"cupsSNMPSupplies\" \"\" \"False\""
+    # Offered; a queue gets it by lpadmin -o port-monitor=klovstatus.
+    print "Attribute \"cupsPortMonitor\" \"socket/Status and printed jobs\" \"klovstatus\""
     print "Resolution k 1 0 0 0 \"" DPI "dpi/" DPI " dpi\""
     print "HWMargins 0 0 0 0"
     print "VariablePaperSize Yes"
