@@ -6,7 +6,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 total=${1:-60}
 build=${2:-build/fuzz}
-targets=(encoders replies properties texts compression unpacking reader raster options)
+targets=(encoders replies talk properties texts compression unpacking reader raster options)
 each=$((total / ${#targets[@]}))
 [ "$each" -ge 1 ] || each=1
 

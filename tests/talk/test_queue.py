@@ -182,6 +182,24 @@ class Queue(unittest.TestCase):
         cups.wait_for_job(job)
         self.assertTrue(bytes(till.printed).endswith(self.expected()), "printed anew as a whole")
 
+    @unittest.skipUnless(os.environ.get("KLOV_SLOW"), "waits for more than a minute")
+    def test_a_printer_that_falls_silent(self):
+        """The monitor fails, not the backend: then CUPS keeps the job, whatever the policy says."""
+        jobs = {}
+        for policy in ("abort-job", "stop-printer", "retry-job", "retry-current-job"):
+            till = self.till(speed=1e6)
+            queue = self.queue(till, policy.replace("-", "_"), policy)
+            job = self.submit(queue)
+            wait_until(lambda: len(till.printed) > 20000, "paper")
+            till.set(mute=True)
+            jobs[policy] = (queue, job)
+        for policy, (queue, job) in jobs.items():
+            wait_until(lambda: cups.state(job) != PROCESSING, "the end", 120)
+            self.assertIn("The printer does not answer any more", cups.job_log(job))
+            found = (cups.state(job), cups.printer(queue)["printer-state"])
+            print(policy, found)
+            self.assertEqual(found, (STOPPED, [3]), policy)
+
     def test_cable_pulled_retry_current_job(self):
         till, _, job = self.pull_the_cable("retry-current-job")
         cups.wait_for_job(job)
