@@ -124,12 +124,15 @@ function write_common() {
     print "Version 0.1"
     print "DriverType custom"
     print "Filter application/vnd.cups-raster 0 rastertoklov"
+    print "Filter application/vnd.cups-command 0 commandtoklov"
     print "ColorDevice No"
     print "Throughput 1"
     # The filter prints the copies itself, from the page header.
     print "ManualCopies No"
     # A receipt printer has no supply levels to ask for.
     print "Attribute \"cupsSNMPSupplies\" \"\" \"False\""
+    print "Attribute \"cupsCommands\" \"\" \"ReportStatus PrintSelfTestPage org.klov.cut org.klov.feed org.klov.beep" \
+        " org.klov.drawer\""
     # Offered; a queue gets it by lpadmin -o port-monitor=klovstatus.
     print "Attribute \"cupsPortMonitor\" \"socket/Status and printed jobs\" \"klovstatus\""
     print "Resolution k 1 0 0 0 \"" DPI "dpi/" DPI " dpi\""

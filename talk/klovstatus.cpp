@@ -40,6 +40,7 @@ struct passage {
     bool input_ended = false;
     bool input_failed = false;
     bool output_lost = false;
+    bool passes_only = false;  // somebody else listens to the printer
 };
 
 passage way;
@@ -179,6 +180,13 @@ void send_last_bytes()
     }
 }
 
+// Of a command file the command filter reads the answers itself, and two readers would take them from each other.
+bool is_command_file()
+{
+    const char *type = getenv("CONTENT_TYPE");
+    return type != nullptr && strcmp(type, "application/vnd.cups-command") == 0;
+}
+
 // Nothing goes to the printer before the job's first byte is there: a filter that fails at once leaves no trace.
 bool wait_for_first_byte()
 {
@@ -212,9 +220,11 @@ bool wait_for_turn(const talk::mark &printer)
 
 int run_job(const talk::mark &printer)
 {
-    monitor.clears_first = talk::is_marked(printer);
-    talk::set_mark(printer);
-    talk::start_monitor(monitor, getenv("PRINTER_STATE_REASONS"), now_ms());
+    if (monitor.has_back_channel) {
+        monitor.clears_first = talk::is_marked(printer);
+        talk::set_mark(printer);
+    }
+    talk::start_monitor(monitor, way.passes_only ? nullptr : getenv("PRINTER_STATE_REASONS"), now_ms());
     while (monitor.now != talk::phase::over) {
         send_log();
         step();
@@ -231,7 +241,7 @@ int run_job(const talk::mark &printer)
     }
     send_log();
     send_last_bytes();
-    if (monitor.left_clean && !way.input_failed) {
+    if (monitor.has_back_channel && monitor.left_clean && !way.input_failed) {
         talk::remove_mark(printer);
     }
     return way.input_failed ? 1 : monitor.status;
@@ -300,10 +310,16 @@ int main(int argc, char **argv)
     }
     talk::mark printer;
     if (monitor.has_back_channel) {
+        // Also jobs that are only passed on take their turn.
         printer = talk::open_mark(getenv("CUPS_CACHEDIR"), device_uri);
         if (!wait_for_turn(printer)) {
             return way.output_lost && cancelled == 0 ? 1 : 0;
         }
+    }
+    if (is_command_file()) {
+        way.passes_only = true;
+        way.replies = -1;
+        monitor.has_back_channel = false;
     }
     return run_job(printer);
 }

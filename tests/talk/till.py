@@ -110,6 +110,8 @@ class Till:
         """Print what is complete. Returns how many bytes were printed."""
         printed = 0
         while self.pending and self.ready():
+            if self.pending[0] == 0x10 and (len(self.pending) < 3 or CLEAR.startswith(bytes(self.pending))):
+                break       # the beginning of a real-time request
             length = command_length(self.pending)
             # A command may be longer than the buffer: its bytes are taken as they come.
             if length is None or length > len(self.pending):
