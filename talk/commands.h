@@ -9,6 +9,9 @@
 
 namespace talk {
 
+// The class word where the model is not known: a printer with the ESC/POS-type command set.
+constexpr uint32_t any_printer_class = 0x1;
+
 class Commands {
 public:
     explicit Commands(uint32_t printer_class) : printer_class_(printer_class) {}

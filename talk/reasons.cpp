@@ -30,16 +30,7 @@ word sentence_for(const health &printer)
     if (out_of_paper(printer)) {
         return word::out_of_paper;
     }
-    switch (printer.error) {
-        case fault::cutter:
-            return word::cutter_error;
-        case fault::recoverable:
-            return word::recoverable_error;
-        case fault::unrecoverable:
-            return word::unrecoverable_error;
-        default:
-            return word::printing;
-    }
+    return printer.error == fault::none ? word::printing : error_word(printer.error);
 }
 
 void show_reasons(monitor &it, uint8_t wanted)

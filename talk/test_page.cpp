@@ -56,7 +56,7 @@ int length_of_tick(int millimetre)
 Rows draw_scale(int width)
 {
     constexpr int line = 44;
-    Rows rows(width, 90);
+    Rows rows(width, 98);  // with some white below
     rows.fill(0, line, width, 2);
     for (int mm = 0; dots_of(mm) < width; mm++) {
         const int length = length_of_tick(mm);

@@ -26,6 +26,9 @@ constexpr row rows[] = {
     {"The connection to the printer is lost", "与打印机的连接已断开"},
     {"Ready", "就绪"},
     {"No answer", "无应答"},
+    {"Drawer is open", "钱箱已打开"},
+    {"Drawer is closed", "钱箱已关闭"},
+    {"The queue is printing", "队列正在打印"},
 };
 static_assert(sizeof rows / sizeof rows[0] == static_cast<size_t>(word::count));
 
@@ -44,6 +47,18 @@ language language_of_environment()
         return chinese ? language::chinese : language::english;
     }
     return language::english;
+}
+
+word error_word(fault error)
+{
+    switch (error) {
+        case fault::cutter:
+            return word::cutter_error;
+        case fault::recoverable:
+            return word::recoverable_error;
+        default:
+            return word::unrecoverable_error;
+    }
 }
 
 const char *text_of(word what, language in)

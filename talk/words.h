@@ -1,6 +1,8 @@
 // What people read, in English and in Simplified Chinese.
 #pragma once
 
+#include "talk/health.h"
+
 #include <stdint.h>
 
 namespace talk {
@@ -19,6 +21,9 @@ enum class word : uint8_t {
     connection_lost,
     ready,
     no_answer,
+    drawer_open,
+    drawer_closed,
+    queue_is_printing,
     count
 };
 
@@ -26,6 +31,9 @@ enum class language : uint8_t { english, chinese };
 
 // By LC_ALL, LC_MESSAGES or LANG, whichever is set first: Simplified Chinese for zh and zh_CN, else English.
 language language_of_environment();
+
+// What to say of an error; there must be one.
+word error_word(fault error);
 
 // UTF-8.
 const char *text_of(word what, language in);

@@ -24,6 +24,7 @@ def setUpModule():
     unittest.addModuleCleanup(work.cleanup)
     folder = work.name
     cups.add_queue("plain", "qx100.ppd")
+    cups.add_queue("mobile", "klb5725.ppd")
     cups.add_queue("open", "qx100.ppd", None, "DrawerCommand=1")
 
 
@@ -75,8 +76,9 @@ class Alone(unittest.TestCase):
     def test_a_file_without_end_is_refused(self):
         self.assertEqual(self.run_filter(*["org.klov.beep"] * 10000, status=1), b"")
 
-    def test_a_mobile_printer_does_not_cut_its_test_page(self):
+    def test_a_printer_without_a_cutter_does_not_cut_its_test_page(self):
         self.assertTrue(self.run_filter("PrintSelfTestPage").endswith(b"\x1dVB\0"))
+        self.assertNotIn(b"\x1dV", self.run_filter("PrintSelfTestPage", queue="mobile"))
 
     def test_the_test_page(self):
         data = self.run_filter("PrintSelfTestPage")

@@ -36,6 +36,7 @@ class Till:
         self.speed, self.capacity = speed, buffer   # bytes a second; a narrow row of 72 bytes is an eighth of a mm
         self.mute, self.half_mute, self.no_automatic = mute, half_mute, no_automatic
         self.paper_out = self.paper_low = self.cover_open = self.cutter = False
+        self.logos = False
         self.lock = threading.RLock()
         self.received = bytearray()     # all bytes, ours and the monitor's
         self.printed = bytearray()      # bytes of whole commands that were executed, the monitor's left out
@@ -126,6 +127,15 @@ class Till:
             if command[:2] == b"\x1dr":
                 if not self.half_mute:
                     self.say(bytes([self.sensor()]))
+                continue
+            if command[:2] == b"\x1dI":
+                self.say(b"_1.2.30 \0" if command[2] == 65 else bytes([command[2] + 1]))
+                continue
+            if command == b"\x1d(L\x04\0\x30\x40KC":
+                self.say(b"\x37\x72\x41" + b"01" + b"\0" if self.logos else b"\x37\x72\x40\0")
+                continue
+            if command == b"\x06" and self.logos:
+                self.say(b"\x37\x72\x40" + b"03AB" + b"\0")
                 continue
             self.printed += command
             printed += length
