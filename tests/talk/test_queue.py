@@ -185,13 +185,14 @@ class Queue(unittest.TestCase):
     @unittest.skipUnless(os.environ.get("KLOV_SLOW"), "waits for more than a minute")
     def test_a_printer_that_falls_silent(self):
         """The monitor fails, not the backend: then CUPS keeps the job, whatever the policy says."""
-        jobs = {}
+        jobs, tills = {}, {}
         for policy in ("abort-job", "stop-printer", "retry-job", "retry-current-job"):
             till = self.till(speed=1e6)
             queue = self.queue(till, policy.replace("-", "_"), policy)
             job = self.submit(queue)
             wait_until(lambda: len(till.printed) > 20000, "paper")
             till.set(mute=True)
+            tills[policy] = till
             jobs[policy] = (queue, job)
         for policy, (queue, job) in jobs.items():
             wait_until(lambda: cups.state(job) != PROCESSING, "the end", 120)
@@ -199,6 +200,11 @@ class Queue(unittest.TestCase):
             found = (cups.state(job), cups.printer(queue)["printer-state"])
             print(policy, found)
             self.assertEqual(found, (STOPPED, [3]), policy)
+        queue, job = jobs["stop-printer"]
+        tills["stop-printer"].set(mute=False)
+        cups.run("lp", "-i", "%s-%d" % (queue, job), "-H", "restart")
+        cups.wait_for_job(job)
+        self.assertTrue(bytes(tills["stop-printer"].printed).endswith(self.expected()), "printed again as a whole")
 
     def test_cable_pulled_retry_current_job(self):
         till, _, job = self.pull_the_cable("retry-current-job")
