@@ -23,7 +23,7 @@ constexpr const char *usage_text =
     "  feed MM                   1 to 1000 millimetres\n"
     "  beep [N]                  1 to 9 times\n"
     "  reset                     drop what waits in the printer, clear its errors\n"
-    "  logo list | add N PICTURE | print N | delete N\n"
+    "  logo list | add N PICTURE | print N | delete N      [--model NAME]\n"
     "  send FILE                 the bytes of a file (- is standard input)\n"
     "  find [--ask DEVICE]       printers on USB, the network and in CUPS\n"
     "\n"

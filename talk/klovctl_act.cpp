@@ -18,6 +18,9 @@
 namespace talk {
 namespace {
 
+// A logo of no more dots fits on every head of the catalogue.
+constexpr int narrowest_head = 384;
+
 // One open printer and the wishes about it.
 struct Session {
     const Wishes &wishes;
@@ -50,19 +53,23 @@ bool add_reset(Commands &commands)
     return commands.add(klov_cmd_initialize_printer);
 }
 
-bool add_test(Commands &commands, const Wishes &wishes, const std::string &known_model)
+// The head's width of a model in dots, 0 when the catalogue has none of this name.
+int width_of(const std::string &model)
+{
+    printer_model *found = nullptr;
+    if (klov_printer_model_creator_by_identity(model.c_str(), &found) != KLOV_OK) {
+        return 0;
+    }
+    const int width = found->width;
+    klov_printer_model_destroy(found);
+    return width;
+}
+
+bool add_test(Commands &commands, const std::string &model)
 {
     TestPage page;
-    page.model = !wishes.model.empty() ? wishes.model : known_model;
-    printer_model *model = nullptr;
-    if (klov_printer_model_creator_by_identity(page.model.c_str(), &model) == KLOV_OK) {
-        page.width = model->width;
-        klov_printer_model_destroy(model);
-    } else if (!wishes.model.empty()) {
-        return false;
-    } else if (page.model.empty()) {
-        page.model = "Receipt printer";
-    }
+    page.model = model.empty() ? "Receipt printer" : model;
+    page.width = width_of(model) > 0 ? width_of(model) : page.width;
     commands.add(klov_cmd_execute_test_print, 0, 2);
     add_test_page(commands, page);
     return true;
@@ -72,11 +79,15 @@ bool add_test(Commands &commands, const Wishes &wishes, const std::string &known
 bool make(const Wishes &wishes, const std::string &known_model, Commands &commands)
 {
     const std::string &word = wishes.words[0];
+    const std::string &model = wishes.model.empty() ? known_model : wishes.model;
+    if (!wishes.model.empty() && width_of(wishes.model) == 0) {
+        return false;
+    }
     if (word == "logo") {
-        return add_logo_command(commands, wishes.words);
+        return add_logo_command(commands, wishes.words, width_of(model) > 0 ? width_of(model) : narrowest_head);
     }
     if (word == "test") {
-        return takes(wishes, 0, 0) && add_test(commands, wishes, known_model);
+        return takes(wishes, 0, 0) && add_test(commands, model);
     }
     if (word == "drawer") {
         return takes(wishes, 0, 1) && add_drawer(commands, argument(wishes, 1));
@@ -304,7 +315,7 @@ int act(const Wishes &wishes)
     if (word == "logo" && wishes.words[1] == "list") {
         return list_logos(session.device->line(), commands, session.deadline());
     }
-    if (word == "test" && !session.model.empty()) {
+    if ((word == "test" || word == "logo") && !session.model.empty()) {
         commands = Commands(any_printer_class);
         make(wishes, session.model, commands);
     }

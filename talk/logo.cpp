@@ -9,8 +9,6 @@ namespace {
 
 constexpr int first_key = '0';
 constexpr int most_logos = 9;
-// Every head of the catalogue is at least so wide.
-constexpr int widest_logo = 384;
 
 // The second key code of a logo, -1 when the word is no number of a logo.
 int key_of(const std::string &word)
@@ -19,11 +17,11 @@ int key_of(const std::string &word)
     return number >= 1 && number <= most_logos ? number + 47 : -1;
 }
 
-bool add_picture(Commands &commands, int key, const std::string &path)
+bool add_picture(Commands &commands, int key, const std::string &path, int widest)
 {
     LogoPicture picture;
     std::string error;
-    if (!read_logo_picture(path, widest_logo, picture, error)) {
+    if (!read_logo_picture(path, widest, picture, error)) {
         complain(path + ": " + error);
         return false;
     }
@@ -34,7 +32,7 @@ bool add_picture(Commands &commands, int key, const std::string &path)
 
 }  // namespace
 
-bool add_logo_command(Commands &commands, const std::vector<std::string> &words)
+bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest)
 {
     const std::string what = words.size() > 1 ? words[1] : "";
     if (what == "list") {
@@ -45,7 +43,7 @@ bool add_logo_command(Commands &commands, const std::vector<std::string> &words)
         return false;
     }
     if (what == "add") {
-        return words.size() == 4 && add_picture(commands, key, words[3]);
+        return words.size() == 4 && add_picture(commands, key, words[3], widest);
     }
     if (words.size() != 3) {
         return false;

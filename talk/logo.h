@@ -9,9 +9,9 @@
 
 namespace talk {
 
-// words: "logo", then list, add N PICTURE, print N or delete N. False: the words are wrong, or the picture cannot be
-// read, which was told.
-bool add_logo_command(Commands &commands, const std::vector<std::string> &words);
+// words: "logo", then list, add N PICTURE, print N or delete N. A picture is made no wider than so many dots. False:
+// the words are wrong, or the picture cannot be read, which was told.
+bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest);
 
 // Send the request in `commands` and print the numbers of the logos that the printer has. The exit status.
 int list_logos(const connection &line, const Commands &commands, int64_t deadline_ms);
