@@ -40,11 +40,17 @@ Bitmap scaled(const Bitmap &source, uint32_t horizontal, uint32_t vertical)
         return source;
     }
     Bitmap bitmap = make_bitmap(source.width * horizontal, source.height * vertical);
-    for (uint32_t y = 0; y < bitmap.height; ++y) {
+    const auto row_bytes = static_cast<std::ptrdiff_t>(bitmap.stride());
+    for (uint32_t y = 0; y < source.height; ++y) {
+        const uint32_t top = y * vertical;
         for (uint32_t x = 0; x < bitmap.width; ++x) {
-            if (source.dot(x / horizontal, y / vertical)) {
-                bitmap.set(x, y);
+            if (source.dot(x / horizontal, y)) {
+                bitmap.set(x, top);
             }
+        }
+        const auto drawn = bitmap.bits.begin() + row_bytes * top;
+        for (uint32_t copy = 1; copy < vertical; ++copy) {
+            std::copy_n(drawn, row_bytes, drawn + row_bytes * copy);
         }
     }
     return bitmap;

@@ -56,6 +56,8 @@ public:
     virtual void image_row(Bytes row) = 0;
     // False: nothing more is to be decoded, not even the rest of the bytes at hand.
     virtual bool wants_more() const = 0;
+    // A command announces more bytes than the printer can hold. It is read as unknown bytes.
+    virtual void on_too_long(uint64_t offset, std::string_view name, uint64_t announced) = 0;
     // Something about the stream that a person should know.
     virtual void on_warning(uint64_t offset, std::string text) = 0;
 };

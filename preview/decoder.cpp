@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include "preview/table.h"
-
 namespace preview {
 namespace {
 
@@ -75,10 +73,27 @@ bool Decoder::finish()
         deliver_unknown_bytes();
         return true;
     }
-    const MatchResult match = match_command(rest, true, padded_page_area_);
+    const MatchResult match = match_command(rest, true, dialect_);
     deliver_unknown_bytes();
     deliver(Kind::truncated, match.row != nullptr ? match.row->name : "truncated", rest.size());
     return false;
+}
+
+Decoder::Unfinished Decoder::unfinished() const
+{
+    const Bytes rest = waiting();
+    return {{rest.begin(), rest.end()}, image_};
+}
+
+void Decoder::resume(Unfinished from)
+{
+    pending_ = std::move(from.pending);
+    head_ = 0;
+    image_ = std::move(from.image);
+    if (image_.active) {
+        image_.command.offset = offset_;
+        sink_.image_begin(image_.header, offset_);
+    }
 }
 
 void Decoder::run(bool final)
@@ -98,7 +113,7 @@ size_t Decoder::text_run(bool final, bool &waits) const
     size_t length = 0;
     while (length < bytes.size() && length < longest_text && is_character(bytes[length])) {
         if (may_begin_command(bytes[length])) {
-            const MatchResult match = match_command(bytes.subspan(length), final, padded_page_area_);
+            const MatchResult match = match_command(bytes.subspan(length), final, dialect_);
             if (match.match == Match::full) {
                 return length;
             }
@@ -132,12 +147,15 @@ bool Decoder::step(bool final)
             return true;
         }
     }
-    const MatchResult match = match_command(bytes, final, padded_page_area_);
+    const MatchResult match = match_command(bytes, final, dialect_);
     if (match.match == Match::partial) {
         needed_ = match.needed;
         return false;
     }
-    if (match.match == Match::none) {
+    if (match.match == Match::too_long) {
+        sink_.on_too_long(offset_, match.row->name, match.length);
+    }
+    if (match.match == Match::none || match.match == Match::too_long) {
         unknown_.push_back(bytes[0]);
         consume(1);
         if (unknown_.size() >= longest_unknown) {

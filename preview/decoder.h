@@ -4,18 +4,30 @@
 
 #include "preview/command.h"
 #include "preview/runlength.h"
+#include "preview/table.h"
 
 namespace preview {
 
 class Decoder {
 public:
-    // `padded_page_area`: the printer is one whose page area command carries an extra byte.
-    Decoder(Sink &sink, bool padded_page_area) : sink_(sink), padded_page_area_(padded_page_area) {}
+    Decoder(Sink &sink, const Dialect &dialect) : sink_(sink), dialect_(dialect) {}
 
     void feed(Bytes bytes);
 
     // The stream is over. False when it ended inside a command: the command was delivered with the kind truncated.
     bool finish();
+
+    // True between two commands (characters that wait for more of them count as a command).
+    bool at_boundary() const
+    {
+        return !image_.active && head_ == pending_.size();
+    }
+
+    // What a command that is cut off leaves behind, and a decoder that begins with it. A printer goes on in that
+    // command, whoever sends the next bytes.
+    struct Unfinished;
+    Unfinished unfinished() const;
+    void resume(Unfinished from);
 
     // Bytes decoded so far.
     uint64_t offset() const
@@ -30,7 +42,7 @@ private:
     void consume(size_t count);
     void deliver(Kind kind, std::string_view name, size_t length);
     void deliver_unknown_bytes();
-    void begin_image(const struct MatchResult &match);
+    void begin_image(const MatchResult &match);
     bool image_step();
     void raw_row_step(Bytes waiting);
     void coded_row_step(Bytes waiting);
@@ -39,7 +51,7 @@ private:
     Bytes waiting() const;
 
     Sink &sink_;
-    bool padded_page_area_;
+    Dialect dialect_;
     std::vector<uint8_t> pending_;
     size_t head_ = 0;               // of the first byte in pending_ that is not decoded yet
     uint64_t offset_ = 0;           // of that byte in the stream
@@ -56,7 +68,13 @@ private:
         std::vector<uint8_t> row;  // the part of a plain row that has arrived
         RowDecoder decoder;
         bool overshoot_told = false;
-    } image_;
+    };
+    Image image_;
+};
+
+struct Decoder::Unfinished {
+    std::vector<uint8_t> pending;
+    Image image;
 };
 
 }  // namespace preview

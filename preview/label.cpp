@@ -9,6 +9,7 @@ namespace preview {
 namespace {
 
 constexpr uint32_t letter_width = 10;
+constexpr uint64_t farthest = 20 * label_height;  // of a label from its tick
 
 Bitmap text_picture(const std::string &text)
 {
@@ -48,25 +49,35 @@ std::vector<Joined> join(const std::vector<LabelText> &wanted)
 
 }  // namespace
 
-std::vector<Label> stack_labels(const std::vector<LabelText> &wanted, size_t most)
+std::vector<Label> stack_labels(const std::vector<LabelText> &wanted, uint8_t rest_colour)
 {
-    std::vector<Joined> joined = join(wanted);
-    if (joined.size() > most) {
-        const size_t missing = joined.size() - most + 1;
-        joined.resize(most);
-        joined.back().label.text = std::to_string(missing) + " more events";
-        joined.back().times = 1;
-    }
     std::vector<Label> labels;
     uint64_t free_from = 0;
-    for (const Joined &entry : joined) {
-        const uint64_t wanted_top = entry.label.tick - std::min<uint64_t>(entry.label.tick, label_height / 2);
+    size_t left_out = 0;
+    const auto put = [&](uint64_t tick, uint8_t colour, const std::string &text) {
+        const uint64_t wanted_top = tick - std::min<uint64_t>(tick, label_height / 2);
+        labels.push_back({tick, std::max(wanted_top, free_from), colour, text_picture(text)});
+        free_from = labels.back().top + label_height;
+    };
+    const auto tell_rest = [&](uint64_t tick) {
+        if (left_out > 0) {
+            put(tick, rest_colour, std::to_string(left_out) + " more events");
+            left_out = 0;
+        }
+    };
+    uint64_t last_tick = 0;
+    for (const Joined &entry : join(wanted)) {
+        const LabelText &label = entry.label;
+        if (free_from > label.tick + farthest) {
+            left_out += entry.times;
+            last_tick = label.tick;
+            continue;
+        }
+        tell_rest(last_tick);
         const std::string times = entry.times > 1 ? " (" + std::to_string(entry.times) + " times)" : "";
-        Label label{entry.label.tick, std::max(wanted_top, free_from), entry.label.colour,
-                    text_picture(entry.label.text + times)};
-        free_from = label.top + label_height;
-        labels.push_back(std::move(label));
+        put(label.tick, label.colour, label.text + times);
     }
+    tell_rest(last_tick);
     return labels;
 }
 

@@ -22,8 +22,9 @@ struct LabelText {
     std::string text;
 };
 
-// Stacks the labels downwards from their ticks. At most `most` labels; the last one then says how many are missing.
-std::vector<Label> stack_labels(const std::vector<LabelText> &wanted, size_t most);
+// Stacks the labels downwards from their ticks. Where there are so many that labels would stand far from their ticks,
+// some are left out, and one in `rest_colour` says how many.
+std::vector<Label> stack_labels(const std::vector<LabelText> &wanted, uint8_t rest_colour);
 
 }  // namespace preview
 

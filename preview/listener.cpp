@@ -3,7 +3,6 @@
 
 #include <netdb.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -13,8 +12,6 @@
 
 namespace preview {
 namespace {
-
-constexpr size_t piece = 65536;
 
 bool split_address(const std::string &address, std::string &host, std::string &port)
 {
@@ -33,7 +30,7 @@ bool split_address(const std::string &address, std::string &host, std::string &p
 
 int bound_socket(const addrinfo &info)
 {
-    const int fd = socket(info.ai_family, info.ai_socktype | SOCK_CLOEXEC, info.ai_protocol);
+    const int fd = ::socket(info.ai_family, info.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, info.ai_protocol);
     if (fd < 0) {
         return -1;
     }
@@ -46,50 +43,6 @@ int bound_socket(const addrinfo &info)
     close(fd);
     errno = reason;
     return -1;
-}
-
-// True when there is something to read; false when the time is up.
-bool wait_for_bytes(int fd, uint32_t idle_seconds)
-{
-    pollfd entry{fd, POLLIN, 0};
-    const int milliseconds = idle_seconds == 0 ? -1 : static_cast<int>(idle_seconds) * 1000;
-    int ready = 0;
-    do {
-        ready = poll(&entry, 1, milliseconds);
-    } while (ready < 0 && errno == EINTR);
-    return ready > 0;
-}
-
-void send_reply(int fd, Bytes reply)
-{
-    while (!reply.empty()) {
-        const ssize_t sent = send(fd, reply.data(), reply.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent <= 0) {
-            return;
-        }
-        reply = reply.subspan(static_cast<size_t>(sent));
-    }
-}
-
-void serve(int fd, const Listener::OnBytes &on_bytes, uint32_t idle_seconds)
-{
-    std::vector<uint8_t> buffer(piece);
-    std::vector<uint8_t> reply;
-    while (wait_for_bytes(fd, idle_seconds)) {
-        const ssize_t got = recv(fd, buffer.data(), buffer.size(), 0);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            return;
-        }
-        reply.clear();
-        const bool more = on_bytes(Bytes(buffer).first(static_cast<size_t>(got)), reply);
-        send_reply(fd, reply);
-        if (!more) {
-            return;
-        }
-    }
 }
 
 }  // namespace
@@ -149,21 +102,6 @@ uint16_t Listener::port() const
     const std::string bound = address();
     const size_t colon = bound.find_last_of(':');
     return colon == std::string::npos ? uint16_t{0} : static_cast<uint16_t>(std::stoul(bound.substr(colon + 1)));
-}
-
-bool Listener::receive_job(const OnBytes &on_bytes, uint32_t idle_seconds, std::string &error) const
-{
-    int fd = -1;
-    do {
-        fd = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
-    } while (fd < 0 && (errno == EINTR || errno == ECONNABORTED));
-    if (fd < 0) {
-        error = std::strerror(errno);
-        return false;
-    }
-    serve(fd, on_bytes, idle_seconds);
-    close(fd);
-    return true;
 }
 
 }  // namespace preview

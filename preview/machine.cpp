@@ -11,6 +11,13 @@ constexpr uint32_t page_rows = 65535;  // the page area's height is a 16-bit num
 
 // Characters can be printed over each other without end; a line buffer of this size is printed.
 constexpr size_t most_line_items = 4096;
+constexpr size_t most_line_bytes = 4 << 20;
+
+// Work that a job may cause, in units of about a nanosecond. Ink on new paper ends with the paper; drawing over what is
+// drawn already, in page mode, after a reverse feed or in one line, would not end. Real receipts need a tenth of it.
+constexpr uint64_t free_work = 500'000'000;
+constexpr uint64_t work_a_byte = 1000;
+constexpr uint64_t work_a_row = 2000;
 
 using HandlerIndex = std::unordered_map<std::string_view, Machine::Handler>;
 
@@ -47,19 +54,43 @@ void Machine::initialize()
 void Machine::execute(const Command &command)
 {
     const auto found = handlers().find(command.name);
-    if (found == handlers().end() || full_ || command.kind == Kind::truncated) {
+    if (found == handlers().end() || problem_ || command.kind == Kind::truncated) {
         return;
     }
     offset_ = command.offset;
     (this->*found->second)(command);
 }
 
+void Machine::stop(uint64_t offset, std::string reason)
+{
+    if (!problem_) {
+        problem_ = Problem{offset, std::move(reason)};
+    }
+}
+
+// False when the job has no work left to spend.
+bool Machine::spend(uint64_t work)
+{
+    work_ += work;
+    if (work_ > free_work + work_a_byte * offset_ + work_a_row * paper_.rows()) {
+        stop(offset_, "too much is drawn on top of itself; no printer would do that");
+    }
+    return !problem_;
+}
+
 void Machine::finish()
 {
-    if (!full_) {
+    if (!problem_) {
         leave_page_mode();
         end_open_line();
     }
+}
+
+void Machine::drop_unfinished()
+{
+    drop_line();
+    page_mode_ = false;
+    page_.clear();
 }
 
 void Machine::warn(uint64_t offset, std::string text)
@@ -130,9 +161,8 @@ void Machine::advance(uint64_t rows)
     }
     y_ += rows;
     if (!paper_.extend(y_)) {
-        full_ = true;
-        full_offset_ = offset_;
         y_ = paper_.rows();
+        stop(offset_, "the paper is at its limit of " + std::to_string(options_.max_rows) + " rows");
     }
 }
 
@@ -143,6 +173,30 @@ void Machine::back(uint64_t rows)
         return;
     }
     y_ -= std::min(rows, y_ - last_cut_);
+}
+
+bool Machine::draw(int64_t x, uint64_t y, const Bitmap &bitmap)
+{
+    const uint64_t rows = surface().rows();
+    const uint64_t grown = y + bitmap.height > rows ? y + bitmap.height - rows : 0;
+    if (!spend(uint64_t{bitmap.height} * (10 + 2 * bitmap.stride()) + grown)) {
+        return false;
+    }
+    surface().print(x, y, bitmap, area_left(), area_right());
+    return true;
+}
+
+Bitmap Machine::enlarged(const Bitmap &bitmap, uint32_t horizontal, uint32_t vertical)
+{
+    const uint64_t row_dots = uint64_t{bitmap.width} * horizontal;
+    return spend(bitmap.height * row_dots * (2 + vertical / 8)) ? scaled(bitmap, horizontal, vertical) : Bitmap{};
+}
+
+void Machine::drop_line()
+{
+    line_.clear();
+    line_bytes_ = 0;
+    cursor_ = 0;
 }
 
 // Draws the line buffer at the current row and empties it; returns its height.
@@ -159,13 +213,14 @@ uint32_t Machine::draw_line_buffer()
     for (const LineItem &item : line_) {
         if (settings_.upside_down) {
             const int64_t x = left + width - item.x - item.bitmap.width;
-            surface().print(x, top, turned(turned(item.bitmap)), area_left(), area_right());
+            if (spend(uint64_t{6} * item.bitmap.width * item.bitmap.height)) {
+                draw(x, top, turned(turned(item.bitmap)));
+            }
         } else {
-            surface().print(left + item.x, top + height - item.bitmap.height, item.bitmap, area_left(), area_right());
+            draw(left + item.x, top + height - item.bitmap.height, item.bitmap);
         }
     }
-    line_.clear();
-    cursor_ = 0;
+    drop_line();
     return height;
 }
 
@@ -187,10 +242,12 @@ void Machine::end_open_line()
 void Machine::put_in_line(Bitmap bitmap)
 {
     const int64_t width = bitmap.width;
-    const bool too_long = cursor_ + width > static_cast<int64_t>(area_width()) || line_.size() >= most_line_items;
+    const bool too_long = cursor_ + width > static_cast<int64_t>(area_width()) || line_.size() >= most_line_items ||
+                          line_bytes_ >= most_line_bytes;
     if (!line_.empty() && too_long) {
         end_line(settings_.line_spacing);
     }
+    line_bytes_ += bitmap.bits.size();
     line_.push_back({cursor_, std::move(bitmap)});
     cursor_ += width;
 }
@@ -198,7 +255,7 @@ void Machine::put_in_line(Bitmap bitmap)
 void Machine::print_block(const Bitmap &bitmap)
 {
     end_open_line();
-    surface().print(justified(bitmap.width), page_mode_ ? page_y_ : y_, bitmap, area_left(), area_right());
+    draw(justified(bitmap.width), page_mode_ ? page_y_ : y_, bitmap);
     advance(bitmap.height);
 }
 

@@ -60,19 +60,18 @@ public:
     void image_begin(const ImageHeader &header, uint64_t offset);
     void image_row(Bytes row);
     void finish();
+    void drop_unfinished();  // the line and the page that are not printed yet
     void warn(uint64_t offset, std::string text);
 
     const Paper &paper() const
     {
         return paper_;
     }
-    bool full() const
+    // Nothing more is executed, for this reason.
+    void stop(uint64_t offset, std::string reason);
+    const std::optional<Problem> &problem() const
     {
-        return full_;
-    }
-    uint64_t full_offset() const
-    {
-        return full_offset_;
+        return problem_;
     }
 
     std::vector<Cut> cuts;
@@ -104,6 +103,10 @@ private:
     using ImageKey = std::pair<int64_t, int64_t>;
 
     // Positions and the line buffer (machine.cpp).
+    bool spend(uint64_t work);
+    bool draw(int64_t x, uint64_t y, const Bitmap &bitmap);
+    Bitmap enlarged(const Bitmap &bitmap, uint32_t horizontal, uint32_t vertical);
+    void drop_line();
     Paper &surface();
     uint32_t area_left() const;
     uint32_t area_right() const;
@@ -166,7 +169,7 @@ private:
     void do_user_set(const Command &command);
     void do_define_character(const Command &command);
     void do_cancel_character(const Command &command);
-    Bitmap character(uint8_t code) const;
+    Bitmap character(uint8_t code);
     Bitmap text_bitmap(Bytes text, bool small_font) const;
 
     // Images (machine_image.cpp).
@@ -184,6 +187,7 @@ private:
     void do_define_downloaded_image(const Command &command);
     void do_print_downloaded_image(const Command &command);
     void do_line_or_rectangle(const Command &command);
+    void draw_segment(int64_t x1, int64_t y1, int64_t x2, int64_t y2);
 
     // Symbols (machine_symbol.cpp).
     void do_symbol_setting(const Command &command);
@@ -206,10 +210,11 @@ private:
     Paper paper_;
     uint64_t y_ = 0;         // on the paper
     uint64_t last_cut_ = 0;  // reverse feeds stop here
-    bool full_ = false;
-    uint64_t full_offset_ = 0;
+    std::optional<Problem> problem_;
     uint64_t offset_ = 0;  // of the command being executed
+    uint64_t work_ = 0;    // spent so far; about a nanosecond a unit
     std::vector<LineItem> line_;
+    size_t line_bytes_ = 0;  // of its bitmaps
     int64_t cursor_ = 0;  // in the line, from the area's left edge
 
     bool page_mode_ = false;

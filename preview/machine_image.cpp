@@ -39,20 +39,6 @@ uint8_t widened(uint8_t half)
     return wide;
 }
 
-void draw_segment(Bitmap &bitmap, uint32_t x1, uint32_t y1, uint32_t x2, uint32_t y2)
-{
-    const int64_t dx = static_cast<int64_t>(x2) - x1;
-    const int64_t dy = static_cast<int64_t>(y2) - y1;
-    const int64_t steps = std::max({std::abs(dx), std::abs(dy), int64_t{1}});
-    for (int64_t i = 0; i <= steps; ++i) {
-        const int64_t x = x1 + dx * i / steps;
-        const int64_t y = y1 + dy * i / steps;
-        if (x < bitmap.width && y < bitmap.height) {
-            bitmap.set(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
-        }
-    }
-}
-
 }  // namespace
 
 std::span<const Machine::HandlerRow> Machine::image_handlers()
@@ -85,7 +71,7 @@ std::span<const Machine::HandlerRow> Machine::image_handlers()
 void Machine::image_begin(const ImageHeader &header, uint64_t offset)
 {
     offset_ = offset;
-    if (full_) {
+    if (problem_) {
         return;
     }
     end_open_line();
@@ -107,7 +93,8 @@ void Machine::image_begin(const ImageHeader &header, uint64_t offset)
 
 void Machine::image_row(Bytes row)
 {
-    if (full_) {
+    const uint64_t copies = image_high_ ? 2 : 1;
+    if (problem_ || !spend(20 + row.size() * (image_wide_ ? 10 : 0) + copies * (20 + 2 * row.size()))) {
         return;
     }
     std::vector<uint8_t> doubled;
@@ -118,7 +105,7 @@ void Machine::image_row(Bytes row)
         }
         row = doubled;
     }
-    for (int copy = image_high_ ? 0 : 1; copy < 2; ++copy) {
+    for (uint64_t copy = 0; copy < copies && !problem_; ++copy) {
         const auto dots = static_cast<uint32_t>(row.size() * 8);
         surface().print(page_mode_ ? page_y_ : y_, image_x_, row, dots, area_left(), area_right());
         advance(1);
@@ -132,7 +119,7 @@ void Machine::do_bit_image(const Command &command)
     const bool narrow = m % 2 == 1;
     const auto columns = static_cast<uint32_t>(command.arg("n") * (narrow ? 2 : 1));
     const Bitmap columns_bitmap = bitmap_from_columns(columns, tall ? 24 : 8, command.data);
-    put_in_line(scaled(columns_bitmap, narrow ? 1 : 2, tall ? 1 : 3));
+    put_in_line(enlarged(columns_bitmap, narrow ? 1 : 2, tall ? 1 : 3));
 }
 
 void Machine::do_define_graphics(const Command &command)
@@ -161,7 +148,7 @@ void Machine::do_store_graphics(const Command &command)
 
 void Machine::do_print_buffer(const Command &)
 {
-    print_block(scaled(print_buffer_.bitmap, print_buffer_.horizontal, print_buffer_.vertical));
+    print_block(enlarged(print_buffer_.bitmap, print_buffer_.horizontal, print_buffer_.vertical));
     print_buffer_ = StoredImage{};
 }
 
@@ -173,7 +160,7 @@ void Machine::do_print_logo(const Command &command)
     event(command, "logo", "logo \"" + key_text(command) + "\"");
     const auto found = nv_graphics_.find({command.arg("kc1"), command.arg("kc2")});
     if (found != nv_graphics_.end()) {
-        print_block(scaled(found->second, scale(command.arg("x")), scale(command.arg("y"))));
+        print_block(enlarged(found->second, scale(command.arg("x")), scale(command.arg("y"))));
     }
 }
 
@@ -183,7 +170,7 @@ void Machine::do_print_downloaded(const Command &command)
     event(command, "logo", "downloaded \"" + key_text(command) + "\"");
     const auto found = downloaded_graphics_.find({command.arg("kc1"), command.arg("kc2")});
     if (found != downloaded_graphics_.end()) {
-        print_block(scaled(found->second, scale(command.arg("x")), scale(command.arg("y"))));
+        print_block(enlarged(found->second, scale(command.arg("x")), scale(command.arg("y"))));
     }
 }
 
@@ -227,7 +214,7 @@ void Machine::do_print_nv_image(const Command &command)
     const int64_t m = command.arg("m") % 48;
     event(command, "logo", "stored image " + std::to_string(n));
     if (n >= 1 && n <= nv_images_.size()) {
-        print_block(scaled(nv_images_[n - 1], (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
+        print_block(enlarged(nv_images_[n - 1], (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
     }
 }
 
@@ -239,7 +226,7 @@ void Machine::do_define_downloaded_image(const Command &command)
 void Machine::do_print_downloaded_image(const Command &command)
 {
     const int64_t m = command.arg("m") % 48;
-    print_block(scaled(downloaded_image_, (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
+    print_block(enlarged(downloaded_image_, (m & 1) != 0 ? 2 : 1, (m & 2) != 0 ? 2 : 1));
 }
 
 // Two corners, each x and y as 16-bit numbers; the style bytes behind them are not interpreted.
@@ -253,16 +240,29 @@ void Machine::do_line_or_rectangle(const Command &command)
         const uint32_t value = command.data[2 * i] + 256U * command.data[2 * i + 1];
         corner[i] = std::min(value, i % 2 == 0 ? options_.width - 1 : 4095U);
     }
-    Bitmap drawing = make_bitmap(options_.width, std::max(corner[1], corner[3]) + 1);
+    const auto [x1, y1, x2, y2] = corner;
     if (command.name == "draw_line") {
-        draw_segment(drawing, corner[0], corner[1], corner[2], corner[3]);
-    } else {
-        draw_segment(drawing, corner[0], corner[1], corner[2], corner[1]);
-        draw_segment(drawing, corner[0], corner[3], corner[2], corner[3]);
-        draw_segment(drawing, corner[0], corner[1], corner[0], corner[3]);
-        draw_segment(drawing, corner[2], corner[1], corner[2], corner[3]);
+        draw_segment(x1, y1, x2, y2);
+        return;
     }
-    page_.print(area_left(), area_.y, drawing, area_left(), area_right());
+    draw_segment(x1, y1, x2, y1);
+    draw_segment(x1, y2, x2, y2);
+    draw_segment(x1, y1, x1, y2);
+    draw_segment(x2, y1, x2, y2);
+}
+
+void Machine::draw_segment(int64_t x1, int64_t y1, int64_t x2, int64_t y2)
+{
+    constexpr uint8_t dot = 0x80;
+    const int64_t steps = std::max({std::abs(x2 - x1), std::abs(y2 - y1), int64_t{1}});
+    if (!spend(static_cast<uint64_t>(steps) * 20)) {
+        return;
+    }
+    for (int64_t i = 0; i <= steps; ++i) {
+        const int64_t x = area_left() + x1 + (x2 - x1) * i / steps;
+        const auto y = static_cast<uint64_t>(area_.y + y1 + (y2 - y1) * i / steps);
+        page_.print(y, x, Bytes(&dot, 1), 1, area_left(), area_right());
+    }
 }
 
 }  // namespace preview

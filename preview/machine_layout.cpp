@@ -67,8 +67,7 @@ void Machine::do_reverse_feed_lines(const Command &command)
 
 void Machine::do_initialize(const Command &)
 {
-    line_.clear();
-    cursor_ = 0;
+    drop_line();
     page_mode_ = false;
     page_.clear();
     initialize();
@@ -128,8 +127,7 @@ void Machine::do_line_start(const Command &command)
         end_open_line();
         return;
     }
-    line_.clear();
-    cursor_ = 0;
+    drop_line();
 }
 
 void Machine::do_tab(const Command &)
@@ -166,8 +164,7 @@ void Machine::do_page_mode(const Command &command)
 void Machine::do_standard_mode(const Command &command)
 {
     if (page_mode_) {
-        line_.clear();
-        cursor_ = 0;
+        drop_line();
         page_mode_ = false;
         page_.clear();
         event(command, "page", "standard mode");
@@ -217,6 +214,9 @@ void Machine::print_page()
 {
     draw_line_buffer();
     const uint64_t top = y_;
+    if (!spend(page_.rows() * (10 + 2 * ((options_.width + 7U) / 8)))) {
+        return;
+    }
     page_mode_ = false;
     for (uint64_t row = 0; row < page_.rows(); ++row) {
         paper_.print(top + row, 0, page_.row(row), options_.width, 0, options_.width);
@@ -246,8 +246,7 @@ void Machine::do_print_page(const Command &command)
 void Machine::do_cancel_page(const Command &)
 {
     if (page_mode_) {
-        line_.clear();
-        cursor_ = 0;
+        drop_line();
         page_.clear();
     }
 }

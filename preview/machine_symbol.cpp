@@ -103,8 +103,13 @@ void Machine::do_symbol_setting(const Command &command)
     to.hri_small = hri_font == 1;
 }
 
+// QR costs most by far: its masks are tried one after another.
 bool Machine::encode(const Command &command, const SymbolRequest &request, Bitmap &modules)
 {
+    const bool square = request.type == SymbolRequest::Type::qr;
+    if (options_.symbols != nullptr && !spend(50'000 + request.data.size() * (square ? 5000 : 500))) {
+        return false;
+    }
     if (options_.symbols != nullptr && options_.symbols(request, modules)) {
         return true;
     }
@@ -121,23 +126,26 @@ void Machine::do_bar_code(const Command &command)
     request.data = command.data;
     Bitmap modules;
     const bool drawn = encode(command, request, modules);
-    const Bitmap bars = drawn ? scaled(modules, settings_.bar_width, settings_.bar_height)
+    if (!spend(uint64_t{200} * settings_.bar_width * settings_.bar_height + 4 * longest_hri * 12 * 24)) {
+        return;
+    }
+    const Bitmap bars = drawn ? enlarged(modules, settings_.bar_width, settings_.bar_height)
                               : placeholder(settings_.bar_width * 100, settings_.bar_height);
     const std::vector<uint8_t> text = readable(command.data);
     const Bitmap reading = text_bitmap(text, settings_.hri_small);
     const int64_t x = justified(std::max(bars.width, reading.width));
     const int64_t middle = x + std::max(bars.width, reading.width) / 2;
     end_open_line();
-    const auto draw = [&](const Bitmap &bitmap) {
-        surface().print(middle - bitmap.width / 2, page_mode_ ? page_y_ : y_, bitmap, area_left(), area_right());
+    const auto put = [&](const Bitmap &bitmap) {
+        draw(middle - bitmap.width / 2, page_mode_ ? page_y_ : y_, bitmap);
         advance(bitmap.height);
     };
     if ((settings_.hri_position & 1) != 0) {
-        draw(reading);
+        put(reading);
     }
-    draw(bars);
+    put(bars);
     if ((settings_.hri_position & 2) != 0) {
-        draw(reading);
+        put(reading);
     }
 }
 
@@ -158,7 +166,7 @@ void Machine::do_print_symbol(const Command &command)
     const bool drawn = encode(command, request, modules);
     const uint32_t module = square ? settings_.qr_module : settings_.pdf_module;
     const uint32_t height = square ? module : module * settings_.pdf_row_height;
-    print_block(drawn ? scaled(modules, module, height) : placeholder(module * 29, module * 29));
+    print_block(drawn ? enlarged(modules, module, height) : placeholder(module * 29, module * 29));
 }
 
 }  // namespace preview

@@ -72,16 +72,21 @@ std::span<const Machine::HandlerRow> Machine::text_handlers()
     return rows;
 }
 
-Bitmap Machine::character(uint8_t code) const
+Bitmap Machine::character(uint8_t code)
 {
     const TextStyle &style = settings_.style;
     const Font &font = style.small_font ? font_b : font_a;
+    // Drawn, underlined or inverted, and turned: each looks at the dots.
+    const uint64_t dots = uint64_t{font.cell_width + style.spacing} * font.cell_height;
+    if (!spend(2 * dots + 4 * dots * style.horizontal * (style.rotated ? style.vertical : 1))) {
+        return {};
+    }
     Bitmap cell = cell_bitmap(font, code, style.spacing, style.emphasized || style.double_strike);
     const auto own = user_characters_.find(code);
     if (style.user_characters && own != user_characters_.end()) {
         cell = own->second;
     }
-    cell = scaled(cell, style.horizontal, style.vertical);
+    cell = enlarged(cell, style.horizontal, style.vertical);
     if (style.underline > 0 && !style.rotated && !style.reverse) {
         underline(cell, style.underline);
     }
@@ -112,6 +117,9 @@ Bitmap Machine::text_bitmap(Bytes text, bool small_font) const
 void Machine::do_text(const Command &command)
 {
     for (const uint8_t code : command.data) {
+        if (problem_) {
+            return;
+        }
         put_in_line(character(code));
     }
 }

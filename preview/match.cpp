@@ -33,8 +33,8 @@ struct Pattern {
 };
 
 // The longest data that is looked through for its closing 00. No bar code is near it; it bounds what a stray command
-// can eat.
-constexpr size_t longest_nul_data = 65535;
+// can eat, and the work: each of many such commands in a row looks through the same bytes again.
+constexpr size_t longest_nul_data = 4096;
 constexpr size_t most_tab_columns = 32;
 constexpr size_t endless = SIZE_MAX / 2;  // no memory holds a command of that length: it is never complete
 
@@ -134,10 +134,9 @@ TailLength full(int64_t length)
 TailLength find_nul(Bytes tail, size_t longest)
 {
     const size_t window = std::min(tail.size(), longest + 1);
-    const auto found = std::find(tail.begin(), tail.begin() + static_cast<std::ptrdiff_t>(window), uint8_t{0});
-    const size_t position = static_cast<size_t>(found - tail.begin());
-    if (position < window) {
-        return full(static_cast<int64_t>(position) + 1);
+    const void *found = window == 0 ? nullptr : std::memchr(tail.data(), 0, window);
+    if (found != nullptr) {
+        return full(static_cast<const uint8_t *>(found) - tail.data() + 1);
     }
     return window > longest ? TailLength{Match::none, 0, 0} : TailLength{Match::partial, 0, tail.size() + 1};
 }
@@ -248,7 +247,7 @@ MatchResult partial(const Pattern &pattern, size_t needed, bool certain)
     return result;
 }
 
-MatchResult match_pattern(const Pattern &pattern, Bytes bytes)
+MatchResult match_pattern(const Pattern &pattern, Bytes bytes, size_t longest)
 {
     MatchResult result;
     size_t position = 0;
@@ -273,6 +272,12 @@ MatchResult match_pattern(const Pattern &pattern, Bytes bytes)
     if (tail.match == Match::none) {
         return {};
     }
+    if (position + std::max(tail.length, tail.needed) > longest) {
+        result.match = Match::too_long;
+        result.row = pattern.row;
+        result.length = position + std::max(tail.length, tail.needed);
+        return result;
+    }
     if (tail.match == Match::partial || position + tail.length > bytes.size()) {
         return partial(pattern, position + (tail.match == Match::partial ? tail.needed : tail.length), true);
     }
@@ -288,19 +293,24 @@ MatchResult match_pattern(const Pattern &pattern, Bytes bytes)
 
 }  // namespace
 
-MatchResult match_command(Bytes bytes, bool final, bool padded_page_area)
+MatchResult match_command(Bytes bytes, bool final, const Dialect &dialect)
 {
     if (bytes.empty()) {
         return {};
     }
     std::optional<MatchResult> waiting;
-    bool padded_row_skipped = padded_page_area;
+    std::optional<MatchResult> too_long;
+    bool padded_row_skipped = dialect.padded_page_area;
     for (const Pattern &pattern : patterns()[bytes[0]]) {
         if (!padded_row_skipped && std::string_view(pattern.row->pattern).starts_with("1B 57 00")) {
             padded_row_skipped = true;
             continue;
         }
-        MatchResult result = match_pattern(pattern, bytes);
+        MatchResult result = match_pattern(pattern, bytes, dialect.longest_command);
+        if (result.match == Match::too_long && !too_long) {
+            too_long = std::move(result);
+            continue;
+        }
         if (result.match == Match::full) {
             return waiting && !final ? *waiting : result;
         }
@@ -315,7 +325,10 @@ MatchResult match_command(Bytes bytes, bool final, bool padded_page_area)
             }
         }
     }
-    return waiting ? *waiting : MatchResult{};
+    if (waiting) {
+        return *waiting;
+    }
+    return too_long ? *too_long : MatchResult{};
 }
 
 }  // namespace preview

@@ -96,7 +96,11 @@ std::vector<LabelText> stack_bands(Layout &layout, const Reader &reader, const S
             row = event_row;
         }
         uint64_t tick = layout.height;
-        if (event.kind == "cut") {
+        // Cuts without paper in between fall on one line.
+        const bool cut_again = !layout.bands.empty() && layout.bands.back().kind == BandKind::cut;
+        if (event.kind == "cut" && cut_again) {
+            tick -= cut_height - cut_height / 2;
+        } else if (event.kind == "cut") {
             add_band(layout, {BandKind::cut, cut_height, 0, event.text == "partial cut"});
             tick += cut_height / 2;
         }
@@ -118,7 +122,7 @@ Layout lay_out(const Reader &reader, const Section &section, uint32_t margin)
     layout.paper_left = desk_border;
     layout.paper_width = reader.options().width + 2 * margin;
     const std::vector<LabelText> texts = stack_bands(layout, reader, section);
-    layout.labels = stack_labels(texts, static_cast<size_t>(layout.height / label_height + 20));
+    layout.labels = stack_labels(texts, grey);
     uint32_t beside = 0;
     uint64_t bottom = layout.height;
     for (const Label &label : layout.labels) {
@@ -137,34 +141,64 @@ uint32_t tooth(uint32_t x)
     return phase < edge_height ? phase : 2 * edge_height - 1 - phase;
 }
 
-void paint_sheet(const Layout &layout, const Reader &reader, const Band &band, uint64_t line, std::vector<uint8_t> &out)
+// The bare sheet between its margins, with its shadow.
+void paint_blank(const Layout &layout, std::vector<uint8_t> &out)
 {
-    const uint32_t left = layout.paper_left;
+    const auto left = out.begin() + layout.paper_left;
+    std::fill(out.begin(), out.end(), desk);
+    std::fill_n(left, layout.paper_width, sheet);
+    std::fill_n(left + layout.paper_width, shadow_width, shadow);
+}
+
+void paint_edge(const Layout &layout, BandKind kind, uint64_t line, std::vector<uint8_t> &out)
+{
+    const auto left = out.begin() + layout.paper_left;
     for (uint32_t x = 0; x < layout.paper_width; ++x) {
-        const bool torn_off = (band.kind == BandKind::top_edge && line < tooth(x)) ||
-                              (band.kind == BandKind::bottom_edge && line >= edge_height - tooth(x));
-        out[left + x] = torn_off ? desk : sheet;
-    }
-    if (band.kind != BandKind::top_edge) {
-        std::fill_n(out.begin() + left + layout.paper_width, shadow_width, shadow);
-    }
-    if (band.kind == BandKind::cut && line == cut_height / 2) {
-        const uint32_t period = band.partial ? 12 : 20;
-        for (uint32_t x = 4; x + 4 < layout.paper_width; ++x) {
-            if (x % period < period - 6) {
-                out[left + x] = dash;
-            }
+        const bool torn_off = kind == BandKind::top_edge ? line < tooth(x) : line >= edge_height - tooth(x);
+        if (torn_off) {
+            left[x] = desk;
         }
     }
-    if (band.kind != BandKind::rows) {
-        return;
+    if (kind == BandKind::top_edge) {
+        std::fill_n(left + layout.paper_width, shadow_width, desk);
     }
-    const Bytes bits = reader.paper().row(band.first_row + line);
-    const size_t dots = std::min<size_t>(bits.size() * 8, reader.options().width);
-    for (size_t x = 0; x < dots; ++x) {
-        if ((bits[x / 8] >> (7 - x % 8) & 1) != 0) {
-            out[left + layout.margin + x] = ink;
+}
+
+void paint_cut(const Layout &layout, bool partial, std::vector<uint8_t> &out)
+{
+    const uint32_t period = partial ? 12 : 20;
+    for (uint32_t x = 4; x + 4 < layout.paper_width; ++x) {
+        if (x % period < period - 6) {
+            out[layout.paper_left + x] = dash;
         }
+    }
+}
+
+void paint_ink(Bytes bits, uint32_t dots, uint8_t *out)
+{
+    for (uint32_t x = 0; x < dots; ++x) {
+        const uint8_t byte = bits[x / 8];
+        if (byte == 0) {
+            x |= 7;
+        } else if ((byte >> (7 - x % 8) & 1) != 0) {
+            out[x] = ink;
+        }
+    }
+}
+
+// `blank` is a row of the bare sheet: most rows of long paper are just that.
+void paint_sheet(const Layout &layout, const Reader &reader, const Band &band, uint64_t line,
+                 const std::vector<uint8_t> &blank, std::vector<uint8_t> &out)
+{
+    std::copy(blank.begin(), blank.end(), out.begin());
+    if (band.kind == BandKind::top_edge || band.kind == BandKind::bottom_edge) {
+        paint_edge(layout, band.kind, line, out);
+    } else if (band.kind == BandKind::cut && line == cut_height / 2) {
+        paint_cut(layout, band.partial, out);
+    } else if (band.kind == BandKind::rows) {
+        const Bytes bits = reader.paper().row(band.first_row + line);
+        const auto dots = static_cast<uint32_t>(std::min<size_t>(bits.size() * 8, reader.options().width));
+        paint_ink(bits, dots, out.data() + layout.paper_left + layout.margin);
     }
 }
 
@@ -225,13 +259,16 @@ void paint_labels(const Layout &layout, LabelWindow &window, uint64_t y, std::ve
 bool write_framed(const Reader &reader, const Layout &layout, PngWriter &png, const Progress &progress)
 {
     std::vector<uint8_t> out(layout.width);
+    std::vector<uint8_t> blank(layout.width);
+    paint_blank(layout, blank);
     LabelWindow window;
     uint64_t y = 0;
     for (const Band &band : layout.bands) {
         for (uint64_t line = 0; line < band.height; ++line, ++y) {
-            std::fill(out.begin(), out.end(), desk);
-            if (band.kind != BandKind::desk) {
-                paint_sheet(layout, reader, band, line, out);
+            if (band.kind == BandKind::desk) {
+                std::fill(out.begin(), out.end(), desk);
+            } else {
+                paint_sheet(layout, reader, band, line, blank, out);
             }
             paint_labels(layout, window, y, out);
             if (!png.row(out)) {

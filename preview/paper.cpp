@@ -18,7 +18,6 @@ Paper::Paper(uint32_t width_dots, uint64_t max_rows)
 void Paper::clear()
 {
     slots_.clear();
-    blocks_.clear();
     used_slots_ = 0;
 }
 
@@ -36,20 +35,25 @@ Bytes Paper::row(uint64_t index) const
     if (index >= slots_.size() || slots_[at] == 0) {
         return {};
     }
-    const uint32_t slot = slots_[at] - 1;
-    return {blocks_[slot / rows_per_block].get() + slot % rows_per_block * stride_, stride_};
+    return {slot_bytes(slots_[at]), stride_};
+}
+
+uint8_t *Paper::slot_bytes(uint32_t number) const
+{
+    const uint32_t slot = number - 1;
+    return blocks_[slot / rows_per_block].get() + slot % rows_per_block * stride_;
 }
 
 uint8_t *Paper::slot_of(size_t row)
 {
     if (slots_[row] == 0) {
-        if (used_slots_ % rows_per_block == 0) {
-            blocks_.push_back(std::make_unique<uint8_t[]>(rows_per_block * stride_));
+        if (used_slots_ == blocks_.size() * rows_per_block) {
+            blocks_.push_back(std::make_unique_for_overwrite<uint8_t[]>(rows_per_block * stride_));
         }
         slots_[row] = ++used_slots_;
+        std::fill_n(slot_bytes(slots_[row]), stride_, uint8_t{0});
     }
-    const uint32_t slot = slots_[row] - 1;
-    return blocks_[slot / rows_per_block].get() + slot % rows_per_block * stride_;
+    return slot_bytes(slots_[row]);
 }
 
 void Paper::print(uint64_t row, int64_t x, Bytes bits, uint32_t dots, uint32_t left, uint32_t right)
@@ -57,27 +61,35 @@ void Paper::print(uint64_t row, int64_t x, Bytes bits, uint32_t dots, uint32_t l
     if (!extend(row + 1)) {
         return;
     }
-    const int64_t clip_left = left;
-    const int64_t clip_right = std::min(right, width_);
+    const int64_t first = std::max<int64_t>(x, left);
+    const int64_t end = std::min<int64_t>({x + dots, right, width_});
+    if (first >= end) {
+        return;
+    }
+    const size_t last_byte = std::min(bits.size(), static_cast<size_t>(end - x + 7) / 8);
+    const int64_t shift = (x % 8 + 8) % 8;
     uint8_t *slot = nullptr;
-    const size_t used = std::min<size_t>(bits.size(), (dots + 7U) / 8);
-    for (size_t i = 0; i < used; ++i) {
-        if (bits[i] == 0) {
+    for (size_t i = static_cast<size_t>(first - x) / 8; i < last_byte; ++i) {
+        const int64_t byte_x = x + static_cast<int64_t>(i) * 8;
+        unsigned byte = bits[i];
+        if (byte_x < first) {
+            byte &= 0xFFU >> (first - byte_x);
+        }
+        if (byte_x + 8 > end) {
+            byte &= 0xFFU << (byte_x + 8 - end);
+        }
+        if (byte == 0) {
             continue;
         }
         slot = slot == nullptr ? slot_of(static_cast<size_t>(row)) : slot;
-        const int64_t byte_x = x + static_cast<int64_t>(i) * 8;
-        const bool whole = byte_x % 8 == 0 && byte_x >= clip_left && byte_x + 8 <= clip_right && (i + 1) * 8 <= dots;
-        if (whole) {
-            slot[byte_x / 8] |= bits[i];
-            continue;
+        // The byte falls on two bytes of the row; of one that begins left of the paper only the second is there.
+        const unsigned both = byte << (8 - shift);
+        const int64_t at = (byte_x - shift) / 8;
+        if (both > 0xFF) {
+            slot[at] |= static_cast<uint8_t>(both >> 8);
         }
-        for (int bit = 0; bit < 8; ++bit) {
-            const int64_t dot_x = byte_x + bit;
-            const bool inside = dot_x >= clip_left && dot_x < clip_right && i * 8 + static_cast<size_t>(bit) < dots;
-            if (inside && (bits[i] >> (7 - bit) & 1) != 0) {
-                slot[dot_x / 8] |= static_cast<uint8_t>(0x80 >> (dot_x % 8));
-            }
+        if ((both & 0xFF) != 0) {
+            slot[at + 1] |= static_cast<uint8_t>(both);
         }
     }
 }

@@ -32,9 +32,11 @@ public:
     void print(uint64_t row, int64_t x, Bytes bits, uint32_t dots, uint32_t left, uint32_t right);
     void print(int64_t x, uint64_t y, const Bitmap &bitmap, uint32_t left, uint32_t right);
 
+    // A new sheet. The blocks stay: a page is begun and thrown away by two bytes.
     void clear();
 
 private:
+    uint8_t *slot_bytes(uint32_t number) const;
     uint8_t *slot_of(size_t row);
 
     uint32_t width_;

@@ -23,8 +23,8 @@ namespace preview {
 struct Options {
     uint32_t width = 576;             // printable dots a row
     uint32_t dpi = 203;               // turns motion units into dots
-    uint64_t max_rows = 2'000'000;    // the paper ends here
-    size_t max_events = 100'000;      // longest list of commands, events or warnings that is kept
+    uint64_t max_rows = 1'000'000;    // the paper ends here; 125 m at 203 dpi
+    size_t max_events = 50'000;       // longest list of commands, events or warnings that is kept
     uint32_t margin_unit = 1;         // dots that one unit of the left margin stands for
     bool padded_page_area = false;    // the page area command carries an extra byte
     bool keep_commands = true;        // keep every command for commands()
@@ -81,14 +81,23 @@ public:
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
-    // Called with every command as soon as it is complete.
+    // Called with every command as soon as it is complete; all watchers are, in the order they came.
     void watch(std::function<void(const Command &)> watcher);
 
-    // Reads a piece of the stream. False once the paper is at its limit: the rest is not looked at.
+    // Reads a piece of the stream. False once the paper or the printer is at a limit: the rest is not looked at.
     bool feed(Bytes bytes);
 
     // The stream is over: prints what is left in the line buffer. False when the input or the paper ended too early.
     bool finish();
+
+    // The command that the stream broke off in, for resume() of the reader that gets the next stream; null when the
+    // stream ended between two commands. To be asked after finish().
+    struct Unfinished;
+    std::shared_ptr<Unfinished> unfinished() const;
+    void resume(const Unfinished &from);
+
+    // Drops the command and the line that are not complete.
+    void drop_unfinished();
 
     const Options &options() const;
     const Paper &paper() const;
