@@ -75,8 +75,8 @@ bool add_test(Commands &commands, const std::string &model)
     return true;
 }
 
-// The bytes of a command that needs no answer but "done". False: it was called in a wrong way.
-bool make(const Wishes &wishes, const std::string &known_model, Commands &commands)
+// The bytes of a command that needs no answer but "done". False: it was called in a wrong way; `error` may say how.
+bool make(const Wishes &wishes, const std::string &known_model, Commands &commands, std::string &error)
 {
     const std::string &word = wishes.words[0];
     const std::string &model = wishes.model.empty() ? known_model : wishes.model;
@@ -84,7 +84,8 @@ bool make(const Wishes &wishes, const std::string &known_model, Commands &comman
         return false;
     }
     if (word == "logo") {
-        return add_logo_command(commands, wishes.words, width_of(model) > 0 ? width_of(model) : narrowest_head);
+        const int widest = width_of(model) > 0 ? width_of(model) : narrowest_head;
+        return add_logo_command(commands, wishes.words, widest, error);
     }
     if (word == "test") {
         return takes(wishes, 0, 0) && add_test(commands, model);
@@ -289,6 +290,7 @@ int act(const Wishes &wishes)
     const std::string &word = wishes.words[0];
     Session session = {wishes, wishes.device, "", nullptr};
     Commands commands(any_printer_class);
+    std::string error;
     int file = -1;
     if (word == "send") {
         file = takes(wishes, 1, 1) ? open_to_send(wishes.words[1]) : -1;
@@ -299,8 +301,8 @@ int act(const Wishes &wishes)
         if (!takes(wishes, 0, 0)) {
             return complain("identify takes no more words");
         }
-    } else if (!make(wishes, "", commands)) {
-        return complain(word + ": wrong words behind it; see klovctl --help");
+    } else if (!make(wishes, "", commands, error)) {
+        return complain(error.empty() ? word + ": wrong words behind it; see klovctl --help" : error);
     }
     const int opened = open_session(session);
     if (opened != 0) {
@@ -317,7 +319,7 @@ int act(const Wishes &wishes)
     }
     if ((word == "test" || word == "logo") && !session.model.empty()) {
         commands = Commands(any_printer_class);
-        make(wishes, session.model, commands);
+        make(wishes, session.model, commands, error);
     }
     return run_commands(session, commands);
 }

@@ -17,12 +17,11 @@ int key_of(const std::string &word)
     return number >= 1 && number <= most_logos ? number + 47 : -1;
 }
 
-bool add_picture(Commands &commands, int key, const std::string &path, int widest)
+bool add_picture(Commands &commands, int key, const std::string &path, int widest, std::string &error)
 {
     LogoPicture picture;
-    std::string error;
     if (!read_logo_picture(path, widest, picture, error)) {
-        complain(path + ": " + error);
+        error = path + ": " + error;
         return false;
     }
     return commands.add_data(picture.rows.size(), klov_cmd_define_the_NV_graphics_data_raster_gmode, first_key, key,
@@ -32,7 +31,7 @@ bool add_picture(Commands &commands, int key, const std::string &path, int wides
 
 }  // namespace
 
-bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest)
+bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest, std::string &error)
 {
     const std::string what = words.size() > 1 ? words[1] : "";
     if (what == "list") {
@@ -43,7 +42,7 @@ bool add_logo_command(Commands &commands, const std::vector<std::string> &words,
         return false;
     }
     if (what == "add") {
-        return words.size() == 4 && add_picture(commands, key, words[3], widest);
+        return words.size() == 4 && add_picture(commands, key, words[3], widest, error);
     }
     if (words.size() != 3) {
         return false;

@@ -45,6 +45,17 @@ void ask_round(monitor &it, int64_t now_ms)
     ask_real_time(it, begin_round(it.asked, now_ms));
 }
 
+// The job's bytes are about to flow though the printer has not answered. The rest of the questions goes in front of
+// them: a printer that cannot print does not even switch automatic status on, and these answers are all that it will
+// say.
+void ask_ahead(monitor &it)
+{
+    for (int32_t n = following_question(it.asked, 0); n != 0; n = following_question(it.asked, n)) {
+        ask_real_time(it, n);
+    }
+    it.asked_ahead = true;
+}
+
 void finish(monitor &it, int status, bool left_clean)
 {
     it.now = phase::over;
@@ -141,14 +152,14 @@ void take_real_time_answer(monitor &it, uint8_t byte, int64_t now_ms)
         return;
     }
     take_real_time(it.printer, n, byte);
-    // Between the job's bytes there is no next question: the round ends with a late answer.
-    const bool may_ask = it.now != phase::greeting && it.now != phase::job;
     const int32_t next = next_question(it.asked, now_ms);
-    if (next != 0 && may_ask) {
-        ask_real_time(it, next);
+    if (next != 0) {
+        if (!it.asked_ahead) {
+            ask_real_time(it, next);
+        }
         return;
     }
-    it.asked.at = -1;
+    it.asked_ahead = false;
     show_health(it);  // not in mid round: one trouble may have given way to another
     if (it.now == phase::ending) {
         count_ready_round(it, now_ms);
@@ -258,6 +269,7 @@ void end_job(monitor &it, int64_t now_ms)
     it.heard_ms = now_ms;
     it.cancel_ms = now_ms;
     it.ask_again = false;
+    it.asked_ahead = false;
     ask_in_order(it);
     it.orders_open++;
     switch_automatic_status(it, 0);
@@ -340,6 +352,7 @@ void watch_clock(monitor &it, int64_t now_ms)
 {
     if (it.now == phase::asking && now_ms >= it.flows_at_ms) {
         if (can_print(it.printer)) {
+            ask_ahead(it);
             greet(it, now_ms);
         } else {
             hold(it, now_ms);

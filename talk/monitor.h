@@ -43,6 +43,7 @@ struct monitor {
     int64_t flows_at_ms = 0;  // until then answers are waited for in front of the first byte
     reply_reader reader;
     questions asked;
+    bool asked_ahead = false;  // the rest of the round was sent without waiting for answers
     health printer;
     bool has_answered = false;
     int64_t heard_ms = 0;

@@ -55,6 +55,16 @@ int32_t next_question(questions &asked, int64_t now_ms)
     return ask(asked, asked.at + 1, now_ms);
 }
 
+int32_t following_question(const questions &asked, int32_t n)
+{
+    int question = asked.at;
+    while (n != 0 && question < question_count && numbers[question] != n) {
+        question++;
+    }
+    question++;
+    return question < question_count ? numbers[question] : 0;
+}
+
 int64_t question_deadline(const questions &asked)
 {
     return asked.asked_ms + late_after_ms;

@@ -26,6 +26,9 @@ int32_t begin_round(questions &asked, int64_t now_ms);
 // The waiting question was answered. The number of the next one, 0 when the round is over.
 int32_t next_question(questions &asked, int64_t now_ms);
 
+// The question of the round behind number n, behind the one that waits for 0. 0 when there is none.
+int32_t following_question(const questions &asked, int32_t n);
+
 // When question_is_late() is to be called; only while a question waits.
 int64_t question_deadline(const questions &asked);
 

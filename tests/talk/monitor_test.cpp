@@ -156,7 +156,7 @@ TEST_F(Monitor, LetsTheJobFlowAfter300MillisecondsWhenThePrinterIsMute)
     EXPECT_EQ(sent_meanwhile(), Bytes());
     pass(1);
     EXPECT_EQ(it.now, phase::job);
-    EXPECT_EQ(sent_meanwhile(), greeting);
+    EXPECT_EQ(sent_meanwhile(), ask_offline + ask_error + greeting) << "the rest of the questions, for a slow printer";
 }
 
 TEST_F(Monitor, LetsTheJobFlowAfter300MillisecondsWhenOnlyOrdersGoUnanswered)
@@ -372,9 +372,14 @@ TEST_F(Monitor, AnswersCountWheneverTheyCome)
     start();
     pass(5000);
     ASSERT_EQ(it.now, phase::job);
-    hear(paper_out_question);
-    EXPECT_EQ(said(), "STATE: +media-empty-error\nINFO: Out of paper\n");
+    sent_meanwhile();
+    hear(good);
+    hear({0x16});
+    hear(good);
+    EXPECT_EQ(said(), "STATE: +cover-open-error\nINFO: Cover is open\n");
+    EXPECT_EQ(sent(), Bytes()) << "nothing of ours within the job";
     hear(automatic_good + in_order);
+    EXPECT_EQ(said(), "STATE: -cover-open-error\nINFO: Printing\n");
     talk::end_job(it, clock);
     EXPECT_EQ(it.now, phase::ending) << "not mute after all";
     hear(in_order);

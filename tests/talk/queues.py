@@ -9,7 +9,7 @@ import ipp
 from scheduler import Scheduler
 
 GET_PRINTER_ATTRIBUTES = 0x000B
-PATIENCE = 60
+PATIENCE = int(os.environ.get("KLOV_PATIENCE", "60"))
 
 
 class TalkingScheduler(Scheduler):
