@@ -42,7 +42,9 @@ class Reference(unittest.TestCase):
                 self.assertIn(f"\u25c6 {name}{'()' if mark == '(' else ''} ", page)
 
     def test_commands_are_links(self):
-        page = (self.out / "md_docs_commands.html").read_text(encoding="utf-8")
+        # Doxygen has changed how it writes the folder's slash in a name.
+        (path,) = self.out.glob("md_docs_*commands.html")
+        page = path.read_text(encoding="utf-8")
         linked = re.findall(r'href="\w+_8h\.html#\w+"[^>]*>(klov_cmds?_\w+)\(\)</a>', page)
         self.assertEqual(sorted(linked), sorted(headers.command_functions()))
 
