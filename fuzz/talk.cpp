@@ -7,7 +7,7 @@ namespace {
 
 class Run {
 public:
-    explicit Run(fuzz::Input &input) : input(input)
+    explicit Run(fuzz::Input &from) : input(from)
     {
         const uint8_t settings = input.byte();
         it.has_back_channel = settings % 8 != 0;

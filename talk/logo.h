@@ -10,8 +10,8 @@
 namespace talk {
 
 // words: "logo", then list, add N PICTURE, print N or delete N. A picture is made no wider than so many dots. False:
-// the words are wrong, or the picture cannot be read, which was told.
-bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest);
+// the words are wrong, or the picture cannot be read and `error` says why.
+bool add_logo_command(Commands &commands, const std::vector<std::string> &words, int widest, std::string &error);
 
 // Send the request in `commands` and print the numbers of the logos that the printer has. The exit status.
 int list_logos(const connection &line, const Commands &commands, int64_t deadline_ms);

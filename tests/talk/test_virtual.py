@@ -2,6 +2,7 @@
 --save."""
 
 import os
+import re
 import shutil
 import socket
 import subprocess
@@ -148,6 +149,7 @@ class Virtual(unittest.TestCase):
         wait_until(lambda: "media-empty-error" in cups.reasons(self.queue), "no paper")
         cups.run("cancel", "%s-%d" % (self.queue, job))
         cups.wait_for_job(job, CANCELED)
+        wait_until(lambda: re.search(r"/monitor/klovstatus\) exited", cups.job_log(job)), "the monitor's end", 3)
         self.printer.set()
         cups.wait_for_job(self.submit())
         self.assertIn(" clear ", self.printer.log())
