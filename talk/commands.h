@@ -27,7 +27,7 @@ public:
     template <typename Encoder, typename... Arguments>
     bool add_data(size_t data_size, Encoder encode, Arguments... arguments)
     {
-        constexpr size_t longest_frame = 3 * 256;  // a feed over the length of a roll is many commands
+        constexpr size_t longest_frame = 768;  // a feed over the length of a roll is many commands
         const size_t before = bytes_.size();
         bytes_.resize(before + longest_frame + data_size);
         auto length = static_cast<uint32_t>(before);

@@ -26,7 +26,7 @@ namespace {
 constexpr int back_channel = 3;
 constexpr size_t longest_file = 65536;
 constexpr int64_t status_patience_ms = 3000;
-constexpr int64_t printing_patience_ms = 60 * 1000;
+constexpr int64_t printing_patience_ms = 60'000;
 
 struct Printer {
     talk::TestPage page;

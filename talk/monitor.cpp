@@ -11,13 +11,13 @@ namespace {
 // A printer that says nothing costs a job no more than this in front of its first byte.
 constexpr int64_t patience_in_front_ms = 300;
 // A printer that has answered before and says nothing for so long is gone.
-constexpr int64_t longest_silence_ms = 60 * 1000;
+constexpr int64_t longest_silence_ms = 60'000;
 // What a printer that answers only real-time questions has to say before its job is done.
 constexpr int ready_rounds_needed = 3;
 constexpr int64_t ready_time_needed_ms = 2000;
 // A printer that is ready all the time prints more in so many minutes than any buffer holds: when the ordered request
 // behind the last byte is not answered by then, it was lost, and some of the job with it.
-constexpr int64_t longest_printing_ms = 5 * 60 * 1000;
+constexpr int64_t longest_printing_ms = 300'000;
 // After a cancel: how long bytes may wait for the printer to take them, and the last answer to come.
 constexpr int64_t cancel_patience_ms = 1000;
 
