@@ -1,5 +1,5 @@
 # cmake --install: filter and driver file where CUPS looks for them, library, headers, tools and manual pages where
-# Debian does. Components: driver, library, development (and preview and
+# Debian does. Components: driver, tools, library, development (and preview and
 # python, which the virtual printer and the Python package install by themselves).
 
 include(CMakePackageConfigHelpers)
@@ -11,6 +11,14 @@ if(KLOV_FILTER)
   # After an upgrade the cups package refreshes the PPDs of the queues that this file names.
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/printer-driver-klov.ppd-updater
     DESTINATION ${KLOV_CUPS_DATADIR}/ppd-updaters COMPONENT driver)
+  install(TARGETS klovstatus RUNTIME DESTINATION ${KLOV_CUPS_SERVERBIN}/monitor COMPONENT driver)
+  install(TARGETS commandtoklov RUNTIME DESTINATION ${KLOV_CUPS_SERVERBIN}/filter COMPONENT driver)
+  install(FILES ${PROJECT_SOURCE_DIR}/talk/klovstatus.8 ${PROJECT_SOURCE_DIR}/talk/commandtoklov.8
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT driver)
+  install(TARGETS klovctl COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/talk/klovctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/talk/klovctl.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME klovctl COMPONENT tools)
   install(FILES ${PROJECT_BINARY_DIR}/ppd/rastertoklov.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT driver)
 endif()
 

@@ -4,7 +4,7 @@
  *
  *     status [-t MILLISECONDS] DEVICE
  *     status /dev/usb/lp0
- *     socat TCP:192.0.2.7:9100 EXEC:'status -'       ("-" is descriptor 0, open for reading and writing)
+ *     bash -c 'status - <>/dev/tcp/192.0.2.7/9100'   ("-" is descriptor 0, open for reading and writing)
  *
  * Ends with 0 when all four were answered, 2 when one was not, 1 when the printer could not be asked.
  */

@@ -159,10 +159,21 @@ def plain_text_seeds():
     yield "cut", b"\x08\2" + b"a line that is cut and not wrapped\nnext"
 
 
+def talk_seeds():
+    # Two bytes of an answer each: 5 and 7 hear one byte's worth and two.
+    def hear(data):
+        return b"".join(bytes((4, byte, 0)) for byte in data)
+    ready = hear(b"\x12\x12\x12") + hear(b"\x10\0\0\0\0")
+    yield "good", b"\x01" + ready + b"\x82" + hear(b"\0")
+    yield "paper", b"\x01" + hear(b"\x7e\x32\x12") + b"\0\x40\1" + ready + hear(b"\x10\0\x0f\0") + b"\x82" + ready
+    yield "cancel", b"\x09" + hear(b"\x37\x25\0") + ready + b"\xe3" + hear(b"\x10\0\x0f\0")
+    yield "noise", b"\x11" + hear(bytes(range(256))) + b"\x82" + hear(bytes(range(255, 0, -3)))
+
+
 SEEDS = {"pictures": picture_seeds(), "plain_text": plain_text_seeds(),
          "raster": raster_seeds(), "options": option_seeds(), "reader": reader_seeds(),
          "compression": compression_seeds(), "encoders": encoder_seeds(), "properties": random_seeds(3, 32),
-         "log": log_seeds(), "replies": reply_seeds(), "texts": text_seeds()}
+         "log": log_seeds(), "replies": reply_seeds(), "texts": text_seeds(), "talk": talk_seeds()}
 
 
 def main():

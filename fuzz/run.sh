@@ -6,7 +6,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 total=${1:-60}
 build=${2:-build/fuzz}
-targets=(encoders replies properties texts compression reader raster options log pictures plain_text placing)
+targets=(encoders replies talk properties texts compression reader raster options log pictures plain_text placing)
 each=$((total / ${#targets[@]}))
 [ "$each" -ge 1 ] || each=1
 

@@ -194,7 +194,7 @@ class Options(PrintTest):
             text = source.read()
         fields = dict(re.findall(r'\.keyword = "(\w+)", \.field = &dev_options::(\w+)', text))
         fields["PostPrintAction"] = "postprintaction"
-        self.assertEqual(tables.keywords() - set(fields) - tables.DOCUMENT_OPTIONS, {"PageSize", "Resolution"})
+        self.assertEqual(tables.keywords() - set(fields) - tables.OTHER_OPTIONS, {"PageSize", "Resolution"})
         most = max(len(self.choices(keyword)) for keyword in fields)
         for at in range(most):
             values = {keyword: self.choices(keyword)[at % len(self.choices(keyword))] for keyword in fields}

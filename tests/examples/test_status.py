@@ -2,6 +2,7 @@
 
 import os
 import pty
+import re
 import select
 import socket
 import subprocess
@@ -49,6 +50,26 @@ class Printer(threading.Thread):
     def stop(self):
         self.stopped.set()
         self.join()
+
+
+class Comment(unittest.TestCase):
+    def test_the_line_for_a_network_printer_works_as_it_is_written(self):
+        """The words go to the user and not to the printer."""
+        with open(os.environ["KLOV_STATUS_SOURCE"], encoding="utf-8") as source:
+            line = re.search(r"^ \*     (bash -c '.*?')  ", source.read(), re.M)[1]
+        with socket.create_server(("127.0.0.1", 0)) as server:
+            line = line.replace("192.0.2.7/9100", "127.0.0.1/%d" % server.getsockname()[1])
+            asking = subprocess.Popen(["bash", "-c", line], stdout=subprocess.PIPE, text=True,
+                                      env=dict(os.environ, PATH=os.path.dirname(STATUS) + ":" + os.environ["PATH"]))
+            connection, _ = server.accept()
+            with connection:
+                printer = Printer(connection.fileno(), HEALTHY)
+                printer.start()
+                words, _ = asking.communicate(timeout=20)
+                printer.stop()
+        self.assertEqual(asking.returncode, 0)
+        self.assertEqual(words.splitlines(), HEALTHY_WORDS)
+        self.assertEqual(printer.received, b"\x10\x04\1\x10\x04\2\x10\x04\3\x10\x04\4")
 
 
 class Status(unittest.TestCase):

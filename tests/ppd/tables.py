@@ -6,6 +6,8 @@ import re
 SOURCE = os.environ["KLOV_SOURCE"]
 # Options that the filters before rastertoklov read.
 DOCUMENT_OPTIONS = {"Dither", "Darkness"}
+# And what the command filter reads.
+OTHER_OPTIONS = DOCUMENT_OPTIONS | {"DrawerCommand"}
 
 
 def rows(path):
