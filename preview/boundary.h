@@ -3,11 +3,10 @@
 #define KLOV_PREVIEW_BOUNDARY_H
 
 #include "preview/decoder.h"
-#include "preview/printer.h"
 
 namespace preview {
 
-class Printer::Boundary final : public Sink {
+class Boundary final : public Sink {
 public:
     explicit Boundary(const Dialect &dialect) : decoder_(*this, dialect) {}
 

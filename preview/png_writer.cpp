@@ -45,9 +45,6 @@ bool write_header(png_structp png, png_infop info, std::FILE *file, png_uint_32 
         png_set_PLTE(png, info, palette, colours);
     }
     png_write_info(png, info);
-    if (palette != nullptr) {
-        png_set_packing(png);
-    }
     return true;
 }
 
@@ -58,6 +55,19 @@ bool write_row(png_structp png, png_const_bytep bytes)
     }
     png_write_row(png, bytes);
     return true;
+}
+
+// Two dots a byte, the left one in the high half. libpng would do it dot by dot, which is half the time of long paper.
+void pack_pairs(Bytes places, std::vector<uint8_t> &packed)
+{
+    const size_t pairs = places.size() / 2;
+    packed.resize((places.size() + 1) / 2);
+    for (size_t i = 0; i < pairs; ++i) {
+        packed[i] = static_cast<uint8_t>(places[2 * i] << 4 | places[2 * i + 1]);
+    }
+    if (places.size() % 2 != 0) {
+        packed[pairs] = static_cast<uint8_t>(places.back() << 4);
+    }
 }
 
 bool write_end(png_structp png, png_infop info)
@@ -109,6 +119,7 @@ bool PngWriter::open(const std::string &path, uint32_t width, uint32_t height, u
     if (handles_->info == nullptr) {
         return fail("out of memory");
     }
+    has_palette_ = !palette.empty();
     std::vector<png_color> colours;
     for (const Colour &colour : palette) {
         colours.push_back({colour.red, colour.green, colour.blue});
@@ -123,6 +134,10 @@ bool PngWriter::open(const std::string &path, uint32_t width, uint32_t height, u
 
 bool PngWriter::row(Bytes bytes)
 {
+    if (has_palette_) {
+        pack_pairs(bytes, packed_);
+        bytes = packed_;
+    }
     if (handles_ == nullptr || !write_row(handles_->png, bytes.data())) {
         return fail("the picture can not be written");
     }

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "preview/command.h"
 
@@ -38,6 +39,8 @@ private:
     Handles *handles_ = nullptr;
     std::FILE *file_ = nullptr;
     std::string error_;
+    bool has_palette_ = false;
+    std::vector<uint8_t> packed_;  // a row of places in the palette, two a byte
 };
 
 }  // namespace preview

@@ -33,6 +33,8 @@ struct Job {
     std::string failure;  // why it is not complete, as far as the connection tells
 };
 
+class Boundary;
+
 // What a printer does to the world.
 class PrinterHost {
 public:
@@ -89,7 +91,6 @@ private:
         std::vector<uint8_t> reply;
         std::string note;
     };
-    class Boundary;
 
     // Receiving (printer_receive.cpp).
     void take(uint8_t byte);

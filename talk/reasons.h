@@ -1,7 +1,7 @@
 // What the scheduler shows of the printer: its reasons ("media-empty-error") and one sentence.
 #pragma once
 
-#include "talk/monitor.h"
+#include "talk/monitor_state.h"
 
 namespace talk {
 
