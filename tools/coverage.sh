@@ -8,7 +8,7 @@ build=${KLOV_COVERAGE_BUILD:-build/coverage}
 flags="--coverage -fprofile-update=atomic"
 rooms=(cmds model diag printops filter)
 
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKLOV_TESTS=ON -DKLOV_PREVIEW=OFF \
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKLOV_TESTS=ON -DKLOV_PREVIEW=OFF -DKLOV_PAGES=OFF \
   -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$build" -j "$(nproc)"
 find "$build" -name '*.gcda' -delete
