@@ -4,6 +4,7 @@
 
 #include "preview/answer.h"
 #include "preview/boundary.h"
+#include "preview/printer.h"
 
 namespace preview {
 namespace {
