@@ -56,7 +56,8 @@ class EveryModel(unittest.TestCase):
         for ppd in ppds:
             filters = [line[3].strip('"') for line in ppd.lines if line[0] == "cupsFilter"]
             self.assertEqual(filters, ["application/vnd.cups-raster 0 rastertoklov",
-                                       "application/vnd.klov-roll 0 rastertoklov"])
+                                       "application/vnd.klov-roll 0 rastertoklov",
+                                       "application/vnd.cups-command 0 commandtoklov"])
             self.assertEqual(ppd.value("cupsManualCopies"), "False")
             self.assertEqual(ppd.value("cupsSNMPSupplies"), "False")
 
@@ -206,7 +207,7 @@ class Options(unittest.TestCase):
                 self.assertFalse(all(ppd.value("Default" + keyword) == value for keyword, value in (left, right)))
 
     def test_the_driver_offers_the_keywords_that_the_filter_reads(self):
-        """The filter's table of keywords, taken from its source, is the table of the driver; one is the command filter's."""
+        """The filter's table of keywords, taken from its source, is the driver's; one is the command filter's."""
         with open(os.path.join(tables.SOURCE, "filter", "options.cpp"), encoding="utf-8") as source:
             read = set(re.findall(r'\.keyword = "(\w+)"', source.read())) | tables.OTHER_OPTIONS
         self.assertEqual(read - tables.keywords(), set(), "add these options to ppd/options.drv")
