@@ -110,7 +110,7 @@ MOST_OF_FIFTY = {"text": 0.5, "photo": 0.6, "sparse": 0.5, "black": 0.85}
 
 
 def verdicts(job, runs):
-    """The limits that the filter is held to, for one set. Compressed streams have none: no filter of CUPS writes any."""
+    """The limits that the filter is held to, for one set. Compressed streams have none: no CUPS filter writes any."""
     if job.version == 2:
         return []
     stock = fastest_stock(runs)

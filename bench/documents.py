@@ -34,7 +34,8 @@ def write_documents(folder):
     import struct
     import zlib
     width, height = 1200, 900
-    rows = b"".join(b"\0" + bytes((x * 3 + y * 2 + (x * y >> 9) * 31) % 256 for x in range(width)) for y in range(height))
+    rows = b"".join(b"\0" + bytes((x * 3 + y * 2 + (x * y >> 9) * 31) % 256 for x in range(width))
+                    for y in range(height))
 
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
@@ -82,7 +83,8 @@ def compare_chains(build, folder, rounds):
         stock_times, own_times = [], []
         for _ in range(rounds):
             stock_times.append(run_chain([STOCK + f for f in stock] + [last], document, environment)[0])
-            own_times.append(run_chain([os.path.join(build, "pages", f) for f in own] + [last], document, environment)[0])
+            own_filters = [os.path.join(build, "pages", f) for f in own]
+            own_times.append(run_chain(own_filters + [last], document, environment)[0])
         ratio = min(own_times) / min(stock_times)
         lines.append("| %s | %.0f ms | %.0f ms | %.2f | %.2f |" % (
             title, min(stock_times) * 1000, min(own_times) * 1000, ratio, bound))
@@ -148,8 +150,8 @@ def compare_first_bytes(build, folder, rounds):
     for own in (False, True):
         with Scheduler(documents=own) as cups:
             found.append(first_byte(cups, Clock, os.path.join(folder, "receipt.pdf"), rounds))
-    return ["From lp to the printer's first byte: CUPS's way %.0f ms, document filters %.0f ms, ratio %.2f (bound: 0.6)." % (
-        found[0] * 1000, found[1] * 1000, found[1] / found[0])]
+    return ["From lp to the printer's first byte: CUPS's way %.0f ms, document filters %.0f ms, ratio %.2f "
+            "(bound: 0.6)." % (found[0] * 1000, found[1] * 1000, found[1] / found[0])]
 
 
 def main():

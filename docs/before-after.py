@@ -22,7 +22,8 @@ def documents(folder):
         invoice.text(20, 55 + 12 * i, line, 24, "Courier-Bold")
     photo = folder + "/photo.png"
     Image.fromarray(makers.photo(560, 360)).save(photo)
-    tall = makers.Page(folder + "/slip.pdf", 80, 130).text(12, 20, "The Corner Bakery", 16).picture(photo, 6, 30, 68, 44)
+    tall = makers.Page(folder + "/slip.pdf", 80, 130).text(12, 20, "The Corner Bakery", 16)
+    tall.picture(photo, 6, 30, 68, 44)
     tall.code("EAN13", 20, 90, "400638133393", barWidth=0.33 * makers.mm, barHeight=18 * makers.mm)
     return [ticket.save(), tall.save(), invoice.save()]
 
@@ -31,8 +32,8 @@ def printed(build, raster, name, folder):
     environment = dict(os.environ, PPD=folder + "/ppd/qx100.ppd")
     data = subprocess.run([build + "/filter/rastertoklov", "1", "user", name, "1", "PostPrintAction=0"], input=raster,
                           env=environment, capture_output=True, check=True).stdout
-    subprocess.run([build + "/preview/klov-preview", "--bare", "--quiet", "--width", "576", "-o", folder + "/paper.png", "-"],
-                   input=data, check=True)
+    subprocess.run([build + "/preview/klov-preview", "--bare", "--quiet", "--width", "576", "-o", folder + "/paper.png",
+                    "-"], input=data, check=True)
     with Image.open(folder + "/paper.png") as picture:
         return picture.convert("L").crop((0, 0, 576, min(picture.height, 1700)))
 
@@ -43,8 +44,9 @@ def main():
         subprocess.run(["ppdc", "-d", folder + "/ppd", build + "/ppd/klov.drv"], check=True)
         papers = []
         for path in documents(folder):
-            stock = subprocess.run(["cupsfilter", "-e", "-p", folder + "/ppd/qx100.ppd", "-m", "application/vnd.cups-raster",
-                                    path], capture_output=True, check=True).stdout
+            stock = subprocess.run(["cupsfilter", "-e", "-p", folder + "/ppd/qx100.ppd",
+                                    "-m", "application/vnd.cups-raster", path],
+                                   capture_output=True, check=True).stdout
             own = subprocess.run([build + "/pages/pdftoroll", "1", "user", "t", "1", "", path], capture_output=True,
                                  check=True, env=dict(os.environ, PPD=folder + "/ppd/qx100.ppd")).stdout
             papers.append([printed(build, raster, "t", folder) for raster in (stock, own)])

@@ -146,8 +146,8 @@ def picture_seeds():
     notes = b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\x08\0\0\0\0\0\0"
     yield "jpeg-exif", label + jpeg(b"\xff\xe1" + struct.pack(">H", len(notes) + 2) + notes, b"\x3f")
     for name, data in (("p1", b"P1\n# x\n3 2\n0 1 0\n111\n"), ("p2", b"P2 3 1 100\n0 50 100\n"),
-                       ("p3", b"P3 1 1 255 255 0 0"), ("p4", b"P4 9 1\n\xaa\x80"), ("p5", b"P5 2 1 65535\n\x80\0\xff\xff"),
-                       ("p6", b"P6 1 1 255\n\0\xff\0")):
+                       ("p3", b"P3 1 1 255 255 0 0"), ("p4", b"P4 9 1\n\xaa\x80"),
+                       ("p5", b"P5 2 1 65535\n\x80\0\xff\xff"), ("p6", b"P6 1 1 255\n\0\xff\0")):
         yield name, plain + data
 
 

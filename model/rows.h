@@ -11,4 +11,5 @@ inline constexpr model_brief catalogue[] = {
 constexpr size_t catalogue_rows = sizeof catalogue / sizeof catalogue[0];
 
 // Hidden: the name that the shared library gives its own rows.
-extern "C" __attribute__((visibility("hidden"))) const model_brief model_rows[catalogue_rows] __asm__("klov_model_rows");
+extern "C" __attribute__((visibility("hidden")))
+const model_brief model_rows[catalogue_rows] __asm__("klov_model_rows");

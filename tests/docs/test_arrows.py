@@ -119,7 +119,8 @@ class TheChecksThemselves(unittest.TestCase):
         return forbidden(includes, arrows), find_circle(includes)
 
     def test_a_sound_tree(self):
-        files = {"low/a.h": "", "low/log.cpp": '#include "low/a.h"\n#include "high/b.h"\n', "high/b.h": "#include <x.h>\n"}
+        files = {"low/a.h": "", "low/log.cpp": '#include "low/a.h"\n#include "high/b.h"\n',
+                 "high/b.h": "#include <x.h>\n"}
         self.assertEqual(self.look_at(files), ([], []))
 
     def test_an_arrow_that_falls_up(self):
@@ -132,7 +133,8 @@ class TheChecksThemselves(unittest.TestCase):
         self.assertEqual(wrong, ["high/b.cpp (high/) must not include low/log.h (low/log)"])
 
     def test_a_circle_over_a_source_file(self):
-        _, circle = self.look_at({"low/a.h": "", "low/a.cpp": '#include "low/b.h"\n', "low/b.h": '#include "low/a.h"\n'})
+        files = {"low/a.h": "", "low/a.cpp": '#include "low/b.h"\n', "low/b.h": '#include "low/a.h"\n'}
+        _, circle = self.look_at(files)
         self.assertEqual(circle, ["low/a", "low/b", "low/a"])
 
 

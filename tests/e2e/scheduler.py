@@ -74,8 +74,8 @@ class Scheduler:
     # --- set-up
 
     def build_folders(self):
-        for folder in ("etc/ppd", "spool/tmp", "cache", "run", "log", "bin/filter", "data/drv", "data/model", "data/mime",
-                       "out"):
+        for folder in ("etc/ppd", "spool/tmp", "cache", "run", "log", "out", "bin/filter",
+                       "data/drv", "data/model", "data/mime"):
             os.makedirs(os.path.join(self.root, folder))
         stock = cups_config("serverbin", "/usr/lib/cups")
         for name in os.listdir(stock):

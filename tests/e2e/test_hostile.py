@@ -1,4 +1,4 @@
-"""Jobs of a user without rights whose texts read like orders to the scheduler. They are printed, and nothing is obeyed."""
+"""Jobs of a user without rights whose texts read like orders to the scheduler. They are printed; nothing is obeyed."""
 
 import os
 import re

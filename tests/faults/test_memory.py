@@ -75,7 +75,8 @@ class FailingMemory(JobTest):
                     texts += self.text_of_ours(run, report, sound)
         else:
             self.fail("the job never made fewer than %d requests" % MOST_REQUESTS)
-        self.assertEqual(texts, OPTIONS_TEXT + DEVICE_TEXTS[:3] + [b"wrong ppd modelname!"] + DEVICE_TEXTS[3:] + [b"page skipped"])
+        self.assertEqual(texts, OPTIONS_TEXT + DEVICE_TEXTS[:3] + [b"wrong ppd modelname!"] + DEVICE_TEXTS[3:]
+                         + [b"page skipped"])
         print("libcups without memory: %s" % dict(libcups))
 
     def outcome_of_libcups(self, run, report, sound):
@@ -95,7 +96,8 @@ class FailingMemory(JobTest):
             self.assertEqual(run.stdout, b"")
             return [run.stderr.split(b"ERROR:Raster(")[1].split(b",")[0]]
         if run.stdout == sound.stdout:
-            self.assertIn("fopencookie", [function for _, function in report.failed], "only the trace can be done without")
+            functions = [function for _, function in report.failed]
+            self.assertIn("fopencookie", functions, "only the trace can be done without")
             return []
         return [b"page skipped"]
 

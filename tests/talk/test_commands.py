@@ -3,12 +3,11 @@
 import os
 import subprocess
 import tempfile
-import threading
 import time
 import unittest
 
 from queues import TalkingScheduler, wait_until
-from scheduler import COMPLETED, STOPPED
+from scheduler import STOPPED
 from till import Till
 
 COMMANDS = os.environ["KLOV_COMMANDS"]
@@ -37,8 +36,9 @@ def command_file(*lines):
 
 class Alone(unittest.TestCase):
     def run_filter(self, *lines, queue="plain", options="", status=0):
-        result = subprocess.run([COMMANDS, "1", "user", "title", "1", options, command_file(*lines)], capture_output=True,
-                                env={"PPD": cups.ppd(queue), "DEVICE_URI": "file:/dev/null", "LANG": "C"}, check=False)
+        environment = {"PPD": cups.ppd(queue), "DEVICE_URI": "file:/dev/null", "LANG": "C"}
+        result = subprocess.run([COMMANDS, "1", "user", "title", "1", options, command_file(*lines)], env=environment,
+                                capture_output=True, check=False)
         self.assertEqual(result.returncode, status, result.stderr)
         self.log = result.stderr.decode()
         return result.stdout
@@ -66,7 +66,8 @@ class Alone(unittest.TestCase):
     def test_a_drawer_opens_only_where_the_administrator_allows_it(self):
         self.assertEqual(self.run_filter("org.klov.drawer", options="DrawerCommand=1", status=1), b"")
         self.assertIn("does not let commands open a drawer", self.log)
-        self.assertEqual(self.run_filter("org.klov.drawer", queue="open", options="DrawerCommand=0"), b"\x1bp\0\x50\x50")
+        self.assertEqual(self.run_filter("org.klov.drawer", queue="open", options="DrawerCommand=0"),
+                         b"\x1bp\0\x50\x50")
         self.assertEqual(self.run_filter("org.klov.drawer 2", queue="open"), b"\x1bp\1\x50\x50")
         self.assertEqual(self.run_filter("org.klov.drawer 3", queue="open", status=1), b"")
 

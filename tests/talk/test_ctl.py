@@ -121,7 +121,8 @@ class Status(Ctl):
 class Commands(Ctl):
     def test_the_bytes_of_each_command(self):
         till = self.till()
-        for words, expected in ((("cut",), b"\x1dVB\0"), (("cut", "--full"), b"\x1dVA\0"), (("feed", "10"), b"\x1bJ\x4f"),
+        for words, expected in ((("cut",), b"\x1dVB\0"), (("cut", "--full"), b"\x1dVA\0"),
+                                (("feed", "10"), b"\x1bJ\x4f"),
                                 (("beep",), b"\x1b(A\5\0ad\1\1\1"), (("beep", "9"), b"\x1b(A\5\0ad\x09\1\1"),
                                 (("drawer",), b"\x1bp\0\x50\x50"), (("drawer", "2"), b"\x1bp\1\x50\x50"),
                                 (("logo", "print", "1"), b"\x1d(L\6\0\x30\x45\x30\x30\1\1"),

@@ -39,8 +39,8 @@ class Printer:
         self.port = free_port()
         self.log_path, self.health = (os.path.join(self.folder, name) for name in ("log", "health"))
         self.process = subprocess.Popen(
-            [PREVIEW, "--listen", "127.0.0.1:%d" % self.port, "--quiet", "--health", self.health, "--log", self.log_path,
-             "--save", os.path.join(self.folder, "job.bin"), *options],
+            [PREVIEW, "--listen", "127.0.0.1:%d" % self.port, "--quiet", "--health", self.health,
+             "--log", self.log_path, "--save", os.path.join(self.folder, "job.bin"), *options],
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, cwd=self.folder)
         test.addCleanup(self.process.wait)
         test.addCleanup(self.process.kill)

@@ -1,4 +1,4 @@
-"""A printer of the tests' own: it keeps every byte that it printed, in order, and its moods can be changed at any moment.
+"""A printer of the tests' own: it keeps every byte that it printed, in order, and its moods can be changed at any time.
 
 The virtual printer draws paper; this one proves that the bytes which were printed are those of the job, each once, and
 says things that no good printer says."""

@@ -89,8 +89,8 @@ def cairo_receipt(path, width, height, draw):
 
 def ghostscript(path, postscript, width, height):
     subprocess.run(["gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite", "-o", path,
-                    "-dDEVICEWIDTHPOINTS=%f" % (width * POINTS_PER_MM), "-dDEVICEHEIGHTPOINTS=%f" % (height * POINTS_PER_MM),
-                    "-"], input=postscript.encode(), check=True)
+                    "-dDEVICEWIDTHPOINTS=%f" % (width * POINTS_PER_MM),
+                    "-dDEVICEHEIGHTPOINTS=%f" % (height * POINTS_PER_MM), "-"], input=postscript.encode(), check=True)
     return path
 
 
@@ -103,8 +103,8 @@ def chromium(path, html_path, html):
     with open(html_path, "w", encoding="utf-8") as file:
         file.write(html)
     subprocess.run([shutil.which("chromium"), "--headless", "--no-sandbox", "--disable-gpu", "--no-pdf-header-footer",
-                    "--disable-dev-shm-usage", "--user-data-dir=" + path + ".profile", "--print-to-pdf=" + path, html_path],
-                   check=True, capture_output=True, timeout=120)
+                    "--disable-dev-shm-usage", "--user-data-dir=" + path + ".profile", "--print-to-pdf=" + path,
+                    html_path], check=True, capture_output=True, timeout=120)
     return path
 
 

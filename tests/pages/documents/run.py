@@ -10,7 +10,7 @@ sys.path[:0] = [HERE, os.path.join(os.environ["KLOV_SOURCE"], "tests", "e2e")]
 import private_tmp  # noqa: E402
 
 if __name__ == "__main__":
-    folders = [os.environ["KLOV_SOURCE"]] + [os.path.dirname(os.environ[name]) for name in ("KLOV_FILTER", "KLOV_PREVIEW")]
-    private_tmp.enter(folders + [os.environ["KLOV_DRV_DIR"], os.environ["KLOV_PAGES_DIR"]])
+    folders = [os.environ[name] for name in ("KLOV_SOURCE", "KLOV_DRV_DIR", "KLOV_PAGES_DIR")]
+    private_tmp.enter(folders + [os.path.dirname(os.environ[name]) for name in ("KLOV_FILTER", "KLOV_PREVIEW")])
     os.chdir(HERE)
     unittest.main(module=None, argv=["run.py"] + sys.argv[1:])

@@ -58,7 +58,8 @@ class BadDocuments(DocumentTest):
         environment = dict(os.environ, PPD=self.cups.ppd("receipt"))
         for size in range(1, len(data), 97):
             path = self.write("short.pdf", data[:size])
-            result = subprocess.run([PDFTOROLL, "1", "user", "title", "1", "", path], capture_output=True, env=environment)
+            result = subprocess.run([PDFTOROLL, "1", "user", "title", "1", "", path], capture_output=True,
+                                    env=environment)
             self.assertIn(result.returncode, (0, 1), result.stderr)
             errors = [line for line in result.stderr.splitlines() if line.startswith(b"ERROR:")]
             self.assertEqual(len(errors), result.returncode)

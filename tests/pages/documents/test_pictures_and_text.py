@@ -56,7 +56,8 @@ class Text(DocumentTest):
         self.assertLess(paper.length, 12 * DOTS_PER_MM)
 
     def test_words_are_read(self):
-        paper = self.print_on("receipt", self.write("b.txt", "Corner Bakery\nTwo rolls        4.20\nTotal           4.20\n"))
+        receipt = self.write("b.txt", "Corner Bakery\nTwo rolls        4.20\nTotal           4.20\n")
+        paper = self.print_on("receipt", receipt)
         self.assert_words(paper, "Corner", "Total")
 
     def test_what_looks_like_a_program_is_text(self):

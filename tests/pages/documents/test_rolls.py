@@ -117,7 +117,8 @@ class Receipts(DocumentTest):
         page = Page(self.path("o.pdf"), 72, 120)
         page.code("EAN13", 8.13, 5.21, "400638133393", barWidth=0.3 * makers.mm, barHeight=15 * makers.mm)
         page.code("Code128", 5.37, 35.44, "KLOV-2026/11", barWidth=0.27 * makers.mm, barHeight=12 * makers.mm)
-        page.code("QR", 20.61, 60.77, "https://example.org/receipt/2041", barWidth=25 * makers.mm, barHeight=25 * makers.mm)
+        page.code("QR", 20.61, 60.77, "https://example.org/receipt/2041", barWidth=25 * makers.mm,
+                  barHeight=25 * makers.mm)
         codes = self.print_on("receipt", page.save()).codes()
         self.assertEqual(codes, {"4006381333931", "KLOV-2026/11", "https://example.org/receipt/2041"})
 
@@ -178,16 +179,18 @@ class Producers(DocumentTest):
         self.assert_words(paper, "Post")
 
     def test_weasyprint(self):
-        html = "<style>@page{size:80mm 70mm;margin:5mm}body{font:12pt 'DejaVu Sans'}hr{width:60mm;height:1mm;border:0;" \
-               "background:#000;margin:4mm 5mm}</style><h2>Paper shop</h2><hr><p>Total 12.50"
+        html = "<style>@page{size:80mm 70mm;margin:5mm}body{font:12pt 'DejaVu Sans'}" \
+               "hr{width:60mm;height:1mm;border:0;background:#000;margin:4mm 5mm}</style>" \
+               "<h2>Paper shop</h2><hr><p>Total 12.50"
         paper = self.print_on("receipt", makers.weasyprint(self.path("d.pdf"), html))
         self.assert_near(max(int(row.sum()) for row in paper.dots), 480, 2)
         self.assert_words(paper, "Paper shop", "Total", "12.50")
 
     @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
     def test_a_browser(self):
-        html = "<style>@page{size:80mm 70mm;margin:5mm}body{margin:0;font:12pt 'DejaVu Sans'}div{width:60mm;height:1mm;" \
-               "background:#000;margin:4mm;-webkit-print-color-adjust:exact}</style><h2>Browser</h2><div></div><p>Total 9.80"
+        html = "<style>@page{size:80mm 70mm;margin:5mm}body{margin:0;font:12pt 'DejaVu Sans'}" \
+               "div{width:60mm;height:1mm;background:#000;margin:4mm;-webkit-print-color-adjust:exact}</style>" \
+               "<h2>Browser</h2><div></div><p>Total 9.80"
         paper = self.print_on("receipt", makers.chromium(self.path("e.pdf"), self.path("e.html"), html))
         self.assert_near(max(int(row.sum()) for row in paper.dots), 480, 2)
         self.assert_words(paper, "Browser", "9.80")
