@@ -82,11 +82,15 @@ class Scheduler:
             if name != "filter":
                 os.symlink(os.path.join(stock, name), os.path.join(self.root, "bin", name))
         for path in glob.glob(stock + "/filter/*"):
-            if os.path.basename(path) not in ("rastertoklov", *DOCUMENT_FILTERS):
+            if os.path.basename(path) not in ("rastertoklov", "commandtoklov", *DOCUMENT_FILTERS):
                 os.symlink(path, os.path.join(self.root, "bin/filter", os.path.basename(path)))
         self.filter = os.path.join(self.root, "bin/filter/rastertoklov")
         shutil.copyfile(FILTER, self.filter)
         os.chmod(self.filter, 0o755)
+        # CUPS warns of a queue whose driver names a filter that is not there.
+        commands = os.path.join(os.path.dirname(DRV_DIR), "talk/commandtoklov")
+        if os.path.exists(commands):
+            shutil.copy(commands, os.path.join(self.root, "bin/filter"))
         data = cups_config("datadir", "/usr/share/cups")
         for name in os.listdir(data):
             if name not in ("drv", "model", "mime"):
