@@ -54,7 +54,7 @@ private:
     bool is_level_stroke(std::size_t x) const;
     const Row &row_at(int distance) const
     {
-        return rows_[static_cast<std::size_t>(static_cast<int>(around) + distance)];
+        return rows_.begin()[std::ptrdiff_t{around} + distance];
     }
 
     std::size_t width_;

@@ -6,6 +6,7 @@
 #include <strings.h>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 namespace pages {
@@ -130,12 +131,13 @@ void apply_pages(const Options &options, Job &job)
 {
     apply_ranges(options, job);
     if (const std::string *set = find(options, "page-set")) {
-        if (same_word(*set, "odd"))
+        if (same_word(*set, "odd")) {
             job.even_pages = false;
-        else if (same_word(*set, "even"))
+        } else if (same_word(*set, "even")) {
             job.odd_pages = false;
-        else if (!same_word(*set, "all"))
+        } else if (!same_word(*set, "all")) {
             warn("page-set", *set);
+        }
     }
     if (const std::string *order = find(options, "OutputOrder"))
         job.reverse = same_word(*order, "reverse");
@@ -164,10 +166,11 @@ void apply_scaling(const Options &options, Job &job)
     }
     if (const std::string *value = find(options, "print-scaling")) {
         const auto *word = std::ranges::find_if(words, [&](const Word &w) { return same_word(*value, w.name); });
-        if (word == std::end(words))
+        if (word == std::end(words)) {
             warn("print-scaling", *value);
-        else
+        } else {
             job.scaling = word->scaling;
+        }
     }
     job.page_percent = number(options, "scaling", 1, 1000);
     job.natural_percent = number(options, "natural-scaling", 1, 1000);
@@ -203,16 +206,17 @@ void apply_orientation(const Options &options, Job &job)
     if (const auto landscape = truth(options, "landscape"))
         job.orientation = *landscape ? Turn::quarter : Turn::none;
     if (const std::string *value = find(options, "orientation-requested")) {
-        if (*value == "3")
+        if (*value == "3") {
             job.orientation = Turn::none;
-        else if (*value == "4")
+        } else if (*value == "4") {
             job.orientation = Turn::quarter;
-        else if (*value == "5")
+        } else if (*value == "5") {
             job.orientation = Turn::three_quarters;
-        else if (*value == "6")
+        } else if (*value == "6") {
             job.orientation = Turn::half;
-        else if (*value != "7")
+        } else if (*value != "7") {
             warn("orientation-requested", *value);  // 7: as the document is
+        }
     }
     job.auto_rotate = truth(options, "pdfAutoRotate").value_or(true);
     job.mirror = truth(options, "mirror").value_or(false);
@@ -241,12 +245,13 @@ std::string choice(ppd_file_t *ppd, const Options &options, const char *keyword)
 void read_dots(ppd_file_t *ppd, const Options &options, DotSettings &dots)
 {
     const std::string dither = choice(ppd, options, "Dither");
-    if (same_word(dither, "ordered"))
+    if (same_word(dither, "ordered")) {
         dots.dither = Dither::ordered;
-    else if (same_word(dither, "threshold"))
+    } else if (same_word(dither, "threshold")) {
         dots.dither = Dither::threshold;
-    else if (!dither.empty() && !same_word(dither, "diffusion"))
+    } else if (!dither.empty() && !same_word(dither, "diffusion")) {
         warn("Dither", dither);
+    }
 
     const std::string darkness = choice(ppd, options, "Darkness");
     if (darkness.empty())
@@ -267,7 +272,7 @@ double true_dpi(unsigned resolution)
 {
     // Heads are made to whole dots a millimetre; 203 is 203.2 cut short.
     const double dots_per_mm = resolution / 25.4;
-    const double whole = static_cast<double>(static_cast<int>(dots_per_mm + 0.5));
+    const double whole = std::round(dots_per_mm);
     return std::abs(dots_per_mm - whole) < 0.03 ? whole * 25.4 : resolution;
 }
 

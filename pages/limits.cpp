@@ -50,12 +50,13 @@ extern "C" void end_of_decoder(int signum)
     } else {
         write_text("The document");
     }
-    if (signum == SIGPROF)
+    if (signum == SIGPROF) {
         write_text(" takes too long to draw.\n");
-    else if (signum == SIGABRT)
+    } else if (signum == SIGABRT) {
         write_text(" needs more memory than a print job may use, or is damaged.\n");
-    else
+    } else {
         write_text(" is damaged and cannot be drawn.\n");
+    }
     _exit(1);
 }
 

@@ -223,9 +223,10 @@ void join_short_parts(std::vector<Shade> &blocks)
             while (end < blocks.size() && blocks[end] == blocks[i])
                 end++;
             const Shade around = i > 0 && end < blocks.size() ? std::min(blocks[i - 1], blocks[end]) : Shade::none;
-            if (blocks[i] == shade && end - i <= longest && around > shade)
+            if (blocks[i] == shade && end - i <= longest && around > shade) {
                 std::fill(blocks.begin() + static_cast<std::ptrdiff_t>(i),
                           blocks.begin() + static_cast<std::ptrdiff_t>(end), around);
+            }
             i = end;
         }
     };
