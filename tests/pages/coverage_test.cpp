@@ -23,8 +23,9 @@ public:
     void fill(std::size_t left, std::size_t top, std::size_t right, std::size_t bottom, std::uint8_t grey = ink)
     {
         for (std::size_t y = top; y < bottom; y++) {
-            for (std::size_t x = left; x < right; x++)
+            for (std::size_t x = left; x < right; x++) {
                 pixels_[y * width_ * fine + x] = grey;
+            }
         }
     }
     std::vector<std::vector<std::uint8_t>> dots(std::size_t rows_at_once = 1000) const
@@ -64,8 +65,9 @@ TEST(Coverage, PaperStaysPaperAndInkStaysInk)
     drawing.fill(2 * fine, 2 * fine, 4 * fine, 5 * fine);
     const auto dots = drawing.dots();
     for (std::size_t y = 0; y < 6; y++) {
-        for (std::size_t x = 0; x < 6; x++)
+        for (std::size_t x = 0; x < 6; x++) {
             EXPECT_EQ(dots[y][x], x >= 2 && x < 4 && y >= 2 && y < 5 ? ink : paper) << x << ' ' << y;
+        }
     }
 }
 
@@ -97,8 +99,9 @@ TEST(Coverage, LevelBarsAreAsWideAsUprightOnes)
             const auto across = upright.dots();
             const auto down = level.dots();
             for (std::size_t y = 0; y < 12; y++) {
-                for (std::size_t x = 0; x < 12; x++)
+                for (std::size_t x = 0; x < 12; x++) {
                     EXPECT_EQ(across[y][x], down[x][y]) << width << " at " << left;
+                }
             }
         }
     }
@@ -111,8 +114,9 @@ TEST(Coverage, AnEdgeBelowEnoughIsNoStroke)
         Drawing drawing(20, 20);
         drawing.fill(4 * fine - over, 4 * fine - over, 12 * fine + over, 12 * fine + over);
         const auto dots = drawing.dots();
-        for (std::size_t y = 0; y < 20; y++)
+        for (std::size_t y = 0; y < 20; y++) {
             EXPECT_EQ(black_across(dots, y), y >= 4 && y < 12 ? 8U : 0U) << y;
+        }
     }
 }
 
@@ -130,8 +134,9 @@ TEST(Coverage, AThinLineBesideAThickOneIsKept)
     drawing.fill(0, 0, 10 * fine, fine);
     drawing.fill(5 * fine + 1, fine, 5 * fine + 2, 10 * fine);
     const auto dots = drawing.dots();
-    for (std::size_t y = 1; y < 10; y++)
+    for (std::size_t y = 1; y < 10; y++) {
         EXPECT_EQ(black_across(dots, y), 1U) << y;
+    }
 }
 
 TEST(Coverage, DustIsNoStroke)
@@ -144,18 +149,21 @@ TEST(Coverage, DustIsNoStroke)
 TEST(Coverage, DiagonalHairlinesHaveNoGap)
 {
     Drawing drawing(30, 30);
-    for (std::size_t i = 0; i < 28 * fine; i++)
+    for (std::size_t i = 0; i < 28 * fine; i++) {
         drawing.fill(i, i, i + 1, i + 1);
+    }
     const auto dots = drawing.dots();
-    for (std::size_t y = 1; y < 27; y++)
+    for (std::size_t y = 1; y < 27; y++) {
         EXPECT_GE(black_across(dots, y), 1U) << y;
+    }
 }
 
 TEST(Coverage, GreyOfPicturesIsAveraged)
 {
     Drawing drawing(4, 4);
-    for (std::size_t x = 0; x < 4 * fine; x++)
+    for (std::size_t x = 0; x < 4 * fine; x++) {
         drawing.fill(x, 0, x + 1, 4 * fine, static_cast<std::uint8_t>(100 + x % 4));
+    }
     EXPECT_EQ(drawing.dots()[1][1], 102);
 }
 
@@ -165,8 +173,9 @@ TEST(Coverage, GreyShapesKeepTheirGreyUpToTheEdge)
     drawing.fill(fine + 1, fine + 1, 4 * fine + 1, 4 * fine + 1, 90);
     const auto dots = drawing.dots();
     for (std::size_t y = 0; y < 6; y++) {
-        for (std::size_t x = 0; x < 6; x++)
+        for (std::size_t x = 0; x < 6; x++) {
             EXPECT_TRUE(dots[y][x] == 90 || dots[y][x] == paper);
+        }
     }
     EXPECT_EQ(dots[2][2], 90);
 }
@@ -180,30 +189,33 @@ TEST(Coverage, SlicesLeaveNoSeam)
         const std::size_t y = random() % 140;
         drawing.fill(x, y, x + 1 + random() % 15, y + 1 + random() % 15, random() % 2 ? ink : 120);
     }
-    for (const std::size_t rows : {1, 2, 3, 7, 39})
+    for (const std::size_t rows : {1U, 2U, 3U, 7U, 39U}) {
         EXPECT_EQ(drawing.dots(rows), drawing.dots()) << rows;
+    }
 }
 
 // A page that is black and white is drawn in bits, with grey in bytes: the dots must be the same.
 TEST(Coverage, BitsGiveTheSameDotsAsBytes)
 {
     std::mt19937 random(11);
-    for (const std::size_t width : {1, 2, 7, 16, 33}) {
+    for (const std::size_t width : {1U, 2U, 7U, 16U, 33U}) {
         const std::size_t row_pixels = width * fine;
         const std::size_t row_bits = (row_pixels + 7) / 8;
         std::vector<std::uint8_t> bytes(row_pixels * 20 * fine, paper);
         for (std::size_t i = 0; i < bytes.size(); i++) {
             // Blank rows, hairlines and noise of several densities.
             const std::size_t row = i / row_pixels / fine;
-            if (row % 5 != 4 && random() % 12 < row % 5 * 3)
+            if (row % 5 != 4 && random() % 12 < row % 5 * 3) {
                 bytes[i] = ink;
+            }
         }
         std::vector<std::uint8_t> bits(row_bits * 20 * fine, 0xff);
         for (std::size_t y = 0; y < 20 * fine; y++) {
             for (std::size_t x = 0; x < row_pixels; x++) {
-                if (bytes[y * row_pixels + x] == ink)
+                if (bytes[y * row_pixels + x] == ink) {
                     bits[y * row_bits + x / 8] =
                         static_cast<std::uint8_t>(bits[y * row_bits + x / 8] & ~(0x80 >> x % 8));
+                }
             }
         }
         std::vector<std::vector<std::uint8_t>> of_bytes;
@@ -229,8 +241,9 @@ TEST(Coverage, ASecondPageKnowsNothingOfTheFirst)
     coverage.put_blank_rows(4 * fine);
     coverage.finish();
     ASSERT_EQ(rows.size(), 4U);
-    for (const auto &row : rows)
+    for (const auto &row : rows) {
         EXPECT_EQ(row, std::vector<std::uint8_t>(3, paper));
+    }
 }
 
 }  // namespace

@@ -481,7 +481,8 @@ TEST(ImagePages, EveryTurningPutsEveryDotInItsPlace)
                                   : turn == pages::Turn::half    ? 6 - y
                                                                  : 6 - column;
                     const bool wanted = u == 0 || (v == 6 && u < 5);
-                    const bool got = (bits[static_cast<std::size_t>(y * 2 + x / 8)] >> (7 - x % 8) & 1) != 0;
+                    const auto byte = static_cast<std::size_t>(y) * 2 + static_cast<std::size_t>(x) / 8;
+                    const bool got = (bits[byte] >> (7 - x % 8) & 1) != 0;
                     ASSERT_EQ(got, wanted)
                         << static_cast<int>(turn) << (mirror ? " mirrored: " : ": ") << x << ", " << y;
                 }

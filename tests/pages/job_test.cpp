@@ -89,25 +89,29 @@ TEST(JobOptions, Position)
 TEST(PageRanges, SelectPages)
 {
     const Job job = with("page-ranges=1-2,5,8-");
-    for (const unsigned number : {1, 2, 5, 8, 9, 1000})
+    for (const unsigned number : {1U, 2U, 5U, 8U, 9U, 1000U}) {
         EXPECT_TRUE(is_wanted(job, number)) << number;
-    for (const unsigned number : {3, 4, 6, 7})
+    }
+    for (const unsigned number : {3U, 4U, 6U, 7U}) {
         EXPECT_FALSE(is_wanted(job, number)) << number;
+    }
     EXPECT_TRUE(is_wanted(with("page-ranges=-3"), 1));
     EXPECT_FALSE(is_wanted(with("page-ranges=-3"), 4));
 }
 
 TEST(PageRanges, ASlipSelectsEverything)
 {
-    for (const char *value : {"x", "3-1", "1,,2", "0", "-", "1-x", "4294967296"})
+    for (const char *value : {"x", "3-1", "1,,2", "0", "-", "1-x", "4294967296"}) {
         EXPECT_TRUE(with((std::string("page-ranges=") + value).c_str()).ranges.empty()) << value;
+    }
 }
 
 TEST(PageRanges, MoreThanAThousandAreNotTaken)
 {
     std::string many = "page-ranges=1";
-    for (int i = 0; i < 1000; i++)
+    for (int i = 0; i < 1000; i++) {
         many += ",1";
+    }
     EXPECT_TRUE(with(many.c_str()).ranges.empty());
 }
 

@@ -218,7 +218,8 @@ TEST(TextLines, EveryTextEndsWithinItsColumns)
 
 TEST(TextLines, ALineOfTenMillionLettersEnds)
 {
-    const std::string text(10'000'000, 'x');
+    std::string text;
+    text.resize(10'000'000, 'x');
     LineBreaker breaker(text, 48, true, letters_of);
     Line line;
     std::size_t lines = 0;
