@@ -18,8 +18,9 @@ std::vector<std::uint8_t> photo()
     std::uint32_t state = 12345;
     for (std::size_t i = 0; i < grey.size(); ++i) {
         state = state * 1664525 + 1013904223;
-        const double wave =
-            std::sin(static_cast<double>(i % width) / 40) * std::cos(static_cast<double>(i / width) / 60);
+        const std::size_t x = i % width;
+        const std::size_t y = i / width;
+        const double wave = std::sin(static_cast<double>(x) / 40) * std::cos(static_cast<double>(y) / 60);
         grey[i] = static_cast<std::uint8_t>(128 + 90 * wave + (state >> 24) % 16);
     }
     return grey;
