@@ -9,7 +9,7 @@ namespace preview {
 namespace {
 
 constexpr uint32_t letter_width = 10;
-constexpr uint64_t farthest = 5 * label_height;  // of a label from its tick
+constexpr uint64_t farthest = uint64_t{5} * label_height;  // of a label from its tick
 
 Bitmap text_picture(const std::string &text)
 {
