@@ -33,7 +33,7 @@ double seconds(Time::duration time)
 
 }  // namespace
 
-Printer::Printer(PrinterHost &host, PrinterOptions options)
+Printer::Printer(PrinterHost &host, const PrinterOptions &options)
     : host_(host), options_(options), boundary_(std::make_unique<Boundary>(Dialect{options.reader.padded_page_area}))
 {
 }

@@ -48,7 +48,7 @@ public:
 
 class Printer {
 public:
-    Printer(PrinterHost &host, PrinterOptions options);
+    Printer(PrinterHost &host, const PrinterOptions &options);
     ~Printer();
     Printer(const Printer &) = delete;
     Printer &operator=(const Printer &) = delete;
