@@ -184,6 +184,9 @@ class Scheduler:
         source = ["-P", driver] if driver.startswith("/") else ["-m", "drv:///klov.drv/" + driver]
         self.run("lpadmin", "-p", name, "-E", "-v", device or "file://" + self.output_path(name), *source,
                  *[word for option in options for word in ("-o", option)])
+        # A queue on a network printer may get the driver file's port monitor by itself; here the filter's bytes count.
+        if (device or "").startswith("socket:"):
+            self.run("lpadmin", "-p", name, "-o", "port-monitor=none")
         return name
 
     def ppd(self, queue):
