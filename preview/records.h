@@ -13,7 +13,7 @@ namespace preview {
 struct Options {
     uint32_t width = 576;                    // printable dots a row
     uint32_t dpi = 203;                      // turns motion units into dots
-    uint64_t max_rows = 1'000'000;           // the paper ends here; 125 m at 203 dpi
+    uint64_t max_rows = 700'000;             // the paper ends here; 87 m at 203 dpi, longer than any roll
     size_t max_events = 50'000;              // longest list of commands, events or warnings that is kept
     uint32_t margin_unit = 1;                // dots that one unit of the left margin stands for
     bool padded_page_area = false;           // the page area command carries an extra byte
